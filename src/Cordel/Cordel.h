@@ -1,0 +1,11 @@
+#pragma once
+// Everything Cordel offers, in one include.
+
+#include <Cordel/common/Char.h>
+#include <Cordel/common/Export.h>
+#include <Cordel/common/SharedPtr.h>
+#include <Cordel/common/String.h>
+#include <Cordel/common/Types.h>
+#include <Cordel/common/Version.h>
+#include <Cordel/Util/CommandLine.h>
+#include <Cordel/Util/Exception.h>
