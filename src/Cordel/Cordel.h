@@ -7,5 +7,7 @@
 #include <Cordel/common/String.h>
 #include <Cordel/common/Types.h>
 #include <Cordel/common/Version.h>
+#include <Cordel/IPP/Complex.h>
+#include <Cordel/IPP/Memory.h>
 #include <Cordel/Util/CommandLine.h>
 #include <Cordel/Util/Exception.h>
