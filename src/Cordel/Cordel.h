@@ -10,6 +10,7 @@
 #include <Cordel/common/Version.h>
 #include <Cordel/IPP/Complex.h>
 #include <Cordel/IPP/Memory.h>
+#include <Cordel/Util/ByteStream.h>
 #include <Cordel/Util/CommandLine.h>
 #include <Cordel/Util/DataStream.h>
 #include <Cordel/Util/DataStreamIOException.h>
