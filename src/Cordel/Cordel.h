@@ -14,4 +14,6 @@
 #include <Cordel/Util/DataStream.h>
 #include <Cordel/Util/DataStreamIOException.h>
 #include <Cordel/Util/Exception.h>
+#include <Cordel/Util/File.h>
 #include <Cordel/Util/FileIOException.h>
+#include <Cordel/Util/FileStream.h>
