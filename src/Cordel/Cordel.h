@@ -13,7 +13,9 @@
 #include <Cordel/Util/CommandLine.h>
 #include <Cordel/Util/DataStream.h>
 #include <Cordel/Util/DataStreamIOException.h>
+#include <Cordel/Util/Dir.h>
 #include <Cordel/Util/Exception.h>
 #include <Cordel/Util/File.h>
 #include <Cordel/Util/FileIOException.h>
 #include <Cordel/Util/FileStream.h>
+#include <Cordel/Util/SystemFolders.h>

@@ -1,9 +1,9 @@
 #include <Cordel/Util/File.h>
 
 #include <Cordel/Util/FileIOException.h>
+#include <Cordel/Util/detail/FileTimes.h>
 #include <Cordel/Util/detail/Throw.h>
 
-#include <fcntl.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -70,18 +70,6 @@ BaseMode baseMode(unsigned int mode)
     if ((mode & File::ModeRead) == 0 || (mode & File::ModeKeep))
         return ModeWPlus;
     return (mode & File::ModeAppend) ? ModeAPlus : ModeRPlus;
-}
-
-timespec toTimespec(checked_value<FileTimeStamp> const& stamp)
-{
-    if (!stamp.IsSet())
-        return timespec{0, UTIME_OMIT};
-    return timespec{static_cast<time_t>(stamp.Get().seconds), stamp.Get().nanoseconds};
-}
-
-FileTimeStamp fromTimespec(timespec const& t)
-{
-    return FileTimeStamp{static_cast<std::int64_t>(t.tv_sec), static_cast<std::int32_t>(t.tv_nsec)};
 }
 
 } // namespace
@@ -254,24 +242,13 @@ void File::Remove()
 
 void File::GetTime(FileTime* time) const
 {
-    struct stat info;
-    if (::stat(path.GetInternal().c_str(), &info) != 0)
+    if (!detail::GetPathTime(path.GetInternal(), time))
         fail("Error getting file time", path, FileIO::UnexpectedError, lineGetTime);
-    if (time) {
-        time->accessTime = fromTimespec(info.st_atim);
-        time->modificationTime = fromTimespec(info.st_mtim);
-    }
 }
 
 void File::SetTime(FileTime const& time)
 {
-    timespec const times[2] = {toTimespec(time.accessTime), toTimespec(time.modificationTime)};
-    // With nothing to change the system succeeds without looking at the path; a missing file must
-    // still fail.
-    bool const changesNothing = !time.accessTime.IsSet() && !time.modificationTime.IsSet();
-    struct stat info;
-    if (changesNothing ? ::stat(path.GetInternal().c_str(), &info) != 0
-                       : ::utimensat(AT_FDCWD, path.GetInternal().c_str(), times, 0) != 0)
+    if (!detail::SetPathTime(path.GetInternal(), time))
         fail("Error setting file time", path, FileIO::UnexpectedError, lineSetTime);
 }
 
