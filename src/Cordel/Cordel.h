@@ -10,6 +10,9 @@
 #include <Cordel/common/Version.h>
 #include <Cordel/IPP/Complex.h>
 #include <Cordel/IPP/Memory.h>
+#include <Cordel/Util/Base64.h>
+#include <Cordel/Util/ByteStream.h>
+#include <Cordel/Util/CRC16.h>
 #include <Cordel/Util/CommandLine.h>
 #include <Cordel/Util/DataStream.h>
 #include <Cordel/Util/DataStreamIOException.h>
