@@ -10,9 +10,15 @@
 #include <Cordel/common/Version.h>
 #include <Cordel/IPP/Complex.h>
 #include <Cordel/IPP/Memory.h>
+#include <Cordel/Util/Base64.h>
 #include <Cordel/Util/ByteStream.h>
+#include <Cordel/Util/CRC16.h>
 #include <Cordel/Util/CommandLine.h>
 #include <Cordel/Util/DataStream.h>
 #include <Cordel/Util/DataStreamIOException.h>
+#include <Cordel/Util/Dir.h>
 #include <Cordel/Util/Exception.h>
+#include <Cordel/Util/File.h>
 #include <Cordel/Util/FileIOException.h>
+#include <Cordel/Util/FileStream.h>
+#include <Cordel/Util/SystemFolders.h>
