@@ -10,4 +10,8 @@
 #include <Cordel/IPP/Complex.h>
 #include <Cordel/IPP/Memory.h>
 #include <Cordel/Util/CommandLine.h>
+#include <Cordel/Util/Connection.h>
 #include <Cordel/Util/Exception.h>
+#include <Cordel/Util/MetaObject.h>
+#include <Cordel/Util/Object.h>
+#include <Cordel/Util/Signals.h>
