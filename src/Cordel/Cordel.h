@@ -13,11 +13,10 @@
 #include <Cordel/Util/ByteStream.h>
 #include <Cordel/Util/CommandLine.h>
 #include <Cordel/Util/Connection.h>
-#include <Cordel/Util/Exception.h>
-#include <Cordel/Util/MetaObject.h>
-#include <Cordel/Util/Object.h>
-#include <Cordel/Util/Signals.h>
 #include <Cordel/Util/DataStream.h>
 #include <Cordel/Util/DataStreamIOException.h>
 #include <Cordel/Util/Exception.h>
 #include <Cordel/Util/FileIOException.h>
+#include <Cordel/Util/MetaObject.h>
+#include <Cordel/Util/Object.h>
+#include <Cordel/Util/Signals.h>
