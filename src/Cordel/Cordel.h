@@ -21,8 +21,8 @@
 #include <Cordel/Util/Exception.h>
 #include <Cordel/Util/File.h>
 #include <Cordel/Util/FileIOException.h>
+#include <Cordel/Util/FileStream.h>
 #include <Cordel/Util/MetaObject.h>
 #include <Cordel/Util/Object.h>
 #include <Cordel/Util/Signals.h>
-#include <Cordel/Util/FileStream.h>
 #include <Cordel/Util/SystemFolders.h>
