@@ -3,6 +3,7 @@
 
 #include <Cordel/common/Char.h>
 #include <Cordel/common/Export.h>
+#include <Cordel/common/Path.h>
 #include <Cordel/common/SharedPtr.h>
 #include <Cordel/common/String.h>
 #include <Cordel/common/Types.h>
@@ -14,5 +15,19 @@
 #include <Cordel/IPP/MDCT.h>
 #include <Cordel/IPP/Memory.h>
 #include <Cordel/IPP/Multirate.h>
+#include <Cordel/Util/Base64.h>
+#include <Cordel/Util/ByteStream.h>
+#include <Cordel/Util/CRC16.h>
 #include <Cordel/Util/CommandLine.h>
+#include <Cordel/Util/Connection.h>
+#include <Cordel/Util/DataStream.h>
+#include <Cordel/Util/DataStreamIOException.h>
+#include <Cordel/Util/Dir.h>
 #include <Cordel/Util/Exception.h>
+#include <Cordel/Util/File.h>
+#include <Cordel/Util/FileIOException.h>
+#include <Cordel/Util/FileStream.h>
+#include <Cordel/Util/MetaObject.h>
+#include <Cordel/Util/Object.h>
+#include <Cordel/Util/Signals.h>
+#include <Cordel/Util/SystemFolders.h>
