@@ -59,7 +59,7 @@ TEST_F(ModuleTest, LoadTwiceOpensOnceAndOneUnloadCloses)
 
 TEST_F(ModuleTest, SymbolsFoundAndNotFound)
 {
-    Util::Module module(String(CORDEL_TEST_MODULE_PATH));
+    Util::Module module(FilePath(CORDEL_TEST_MODULE_PATH));
     ASSERT_TRUE(module.Load());
     auto add = reinterpret_cast<AddFunction>(module.GetFunction("cordel_test_add"));
     ASSERT_NE(add, nullptr);

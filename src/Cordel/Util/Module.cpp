@@ -4,6 +4,8 @@
 
 namespace Cordel::Util {
 
+Module::Module(FilePath const& path) : path(path.ToString()) {}
+
 Module::Module(String const& path) : path(path) {}
 
 Module::~Module()

@@ -6,6 +6,7 @@
 // the library once: there is no reference counting, and one Unload closes it.
 
 #include <Cordel/common/Export.h>
+#include <Cordel/common/Path.h>
 #include <Cordel/common/String.h>
 #include <Cordel/common/Types.h>
 
@@ -13,6 +14,7 @@ namespace Cordel::Util {
 
 class CORDEL_API Module : private noncopyable {
 public:
+    explicit Module(FilePath const& path);
     explicit Module(String const& path);
     // Closes the library if it is loaded.
     ~Module();
