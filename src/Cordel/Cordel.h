@@ -1,19 +1,6 @@
 #pragma once
 // Everything Cordel offers, in one include.
 
-#include <Cordel/IPP/Complex.h>
-#include <Cordel/IPP/Memory.h>
-#include <Cordel/Util/ByteStream.h>
-#include <Cordel/Util/Clipboard.h>
-#include <Cordel/Util/CommandLine.h>
-#include <Cordel/Util/ConfigFile.h>
-#include <Cordel/Util/DataStream.h>
-#include <Cordel/Util/DataStreamIOException.h>
-#include <Cordel/Util/Exception.h>
-#include <Cordel/Util/FileIOException.h>
-#include <Cordel/Util/LaunchURL.h>
-#include <Cordel/Util/Module.h>
-#include <Cordel/Util/TinyXML.h>
 #include <Cordel/common/Char.h>
 #include <Cordel/common/Export.h>
 #include <Cordel/common/Path.h>
@@ -21,3 +8,16 @@
 #include <Cordel/common/String.h>
 #include <Cordel/common/Types.h>
 #include <Cordel/common/Version.h>
+#include <Cordel/IPP/Complex.h>
+#include <Cordel/IPP/Memory.h>
+#include <Cordel/Util/ByteStream.h>
+#include <Cordel/Util/CommandLine.h>
+#include <Cordel/Util/DataStream.h>
+#include <Cordel/Util/DataStreamIOException.h>
+#include <Cordel/Util/Exception.h>
+#include <Cordel/Util/FileIOException.h>
+#include <Cordel/Util/Clipboard.h>
+#include <Cordel/Util/ConfigFile.h>
+#include <Cordel/Util/LaunchURL.h>
+#include <Cordel/Util/Module.h>
+#include <Cordel/Util/TinyXML.h>
