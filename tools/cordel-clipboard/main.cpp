@@ -482,9 +482,7 @@ int main(int argc, char** argv)
         return NoDisplay;
     XSetErrorHandler(ignoreErrors);
     XSetIOErrorHandler(displayLost);
-    if (mode == "serve")
-        return serve(d);
-    if (mode == "targets")
-        return targets(d);
-    return get(d, argv[2], argv + 3, argc - 3);
+    int const result = mode == "serve" ? serve(d) : mode == "targets" ? targets(d) : get(d, argv[2], argv + 3, argc - 3);
+    XCloseDisplay(d);
+    return result;
 }

@@ -174,7 +174,8 @@ bool SpawnDetached(char const* file, std::vector<std::string> const& args)
     ::posix_spawnattr_init(&attributes);
     // Its own session: a terminal's Ctrl-C to the caller does not reach the launched program.
     ::posix_spawnattr_setflags(&attributes, POSIX_SPAWN_SETSID);
-    auto const v = argv(file, args);
+    std::string const name = file;
+    auto const v = argv(name, args);
 
     // An intermediate process starts the program and exits at once; the program is then the
     // child of init (or of a subreaper), which reaps it, and we wait only for the intermediate.
