@@ -26,3 +26,8 @@
 #include <Cordel/Util/Object.h>
 #include <Cordel/Util/Signals.h>
 #include <Cordel/Util/SystemFolders.h>
+#include <Cordel/Util/Clipboard.h>
+#include <Cordel/Util/ConfigFile.h>
+#include <Cordel/Util/LaunchURL.h>
+#include <Cordel/Util/Module.h>
+#include <Cordel/Util/TinyXML.h>
