@@ -1,6 +1,6 @@
 #include <Cordel/Util/ConfigFile.h>
 
-#include <Cordel/Util/detail/Base64.h>
+#include <Cordel/Util/Base64.h>
 
 #include <tinyxml2.h>
 
@@ -222,10 +222,10 @@ Value readEntry(XMLElement const& entry)
             value.kind = Value::Text;
             value.text = text;
         } else if (std::strcmp(encoding, "base64") == 0) {
-            if (auto bytes = detail::DecodeBase64(text)) {
-                value.kind = Value::Text;
-                value.text.assign(bytes->begin(), bytes->end());
-            }
+            Bytes bytes;
+            Base64Decode(String(text), bytes);
+            value.kind = Value::Text;
+            value.text.assign(bytes.begin(), bytes.end());
         }
     } else if (std::strcmp(entry.Name(), integerKind) == 0) {
         if (auto number = parseInt32(text)) {
@@ -233,10 +233,8 @@ Value readEntry(XMLElement const& entry)
             value.number = *number;
         }
     } else if (std::strcmp(entry.Name(), dataKind) == 0) {
-        if (auto bytes = detail::DecodeBase64(text)) {
-            value.kind = Value::Data;
-            value.data = std::move(*bytes);
-        }
+        value.kind = Value::Data;
+        Base64Decode(String(text), value.data);
     }
     return value;
 }
@@ -435,7 +433,7 @@ void ConfigFile::SetString(String const& key, String const& value)
     // space alone) is kept in Base64.
     bool const blank = !text.empty() && text.find_first_not_of(" \t\n") == std::string_view::npos;
     if (blank || hasControl(text, true))
-        setEntry(name, writeDomain(), key, stringKind, detail::EncodeBase64(Bytes(text.begin(), text.end())), "base64");
+        setEntry(name, writeDomain(), key, stringKind, Base64Encode(Bytes(text.begin(), text.end())).ToStdString(), "base64");
     else
         setEntry(name, writeDomain(), key, stringKind, std::string(text));
 }
@@ -457,7 +455,7 @@ void ConfigFile::SetBool(String const& key, bool value)
 
 void ConfigFile::SetBinary(String const& key, std::vector<unsigned char> const& value)
 {
-    setEntry(name, writeDomain(), key, dataKind, detail::EncodeBase64(value));
+    setEntry(name, writeDomain(), key, dataKind, Base64Encode(value).ToStdString());
 }
 
 void ConfigFile::SetFloat(String const& key, float value)
