@@ -13,8 +13,15 @@
 #include <Cordel/MIDI/Decode/Decoder.h>
 #include <Cordel/MIDI/Encode/Encoder.h>
 #include <Cordel/MIDI/MIDIMessage.h>
+#include <Cordel/Util/Base64.h>
+#include <Cordel/Util/ByteStream.h>
+#include <Cordel/Util/CRC16.h>
 #include <Cordel/Util/CommandLine.h>
 #include <Cordel/Util/DataStream.h>
 #include <Cordel/Util/DataStreamIOException.h>
+#include <Cordel/Util/Dir.h>
 #include <Cordel/Util/Exception.h>
+#include <Cordel/Util/File.h>
 #include <Cordel/Util/FileIOException.h>
+#include <Cordel/Util/FileStream.h>
+#include <Cordel/Util/SystemFolders.h>
