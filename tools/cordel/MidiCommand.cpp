@@ -1,6 +1,7 @@
 // cordel midi: inspect MIDI files (info, dump) and write them from a text description (write).
 
 #include "Command.h"
+#include "Input.h"
 
 #include <Cordel/MIDI/Decode/Decoder.h>
 #include <Cordel/MIDI/Encode/Encoder.h>
@@ -8,9 +9,6 @@
 
 #include <algorithm>
 #include <cstdint>
-#include <fstream>
-#include <iostream>
-#include <map>
 #include <sstream>
 #include <string>
 
@@ -314,15 +312,14 @@ int write(Args const& args)
         "  0 96 0 note-off 60 0\n");
     if (ParseOrHelp(line, args))
         return 0;
+    Input source(input.Get());
+    std::string text;
+    unsigned char block[65536];
+    for (std::size_t n; (n = source.Read(block, sizeof block)) > 0;)
+        text.append(reinterpret_cast<char const*>(block), n);
+    std::istringstream lines(text);
     WriteInput description;
-    if (!input.IsSet() || input.Get() == "-") {
-        description.Read(std::cin);
-    } else {
-        std::ifstream in(input.Get().c_str());
-        if (!in)
-            throw Exception::Base(String("%1: cannot be read").Arg(input.Get()));
-        description.Read(in);
-    }
+    description.Read(lines);
     description.Write(FilePath(out.Get()));
     if (description.TrackCount() == 0)
         PrintError("cordel midi write: the description has no tracks; the file has none\n");
