@@ -15,9 +15,14 @@ using namespace Cordel;
 
 namespace {
 
+// In memory when the system offers a memory file system: rewriting one file on a disk file
+// system at every run costs a flush each time.
 std::string const& inputPath()
 {
-    static std::string const path = "/tmp/cordel-midi-fuzz-" + std::to_string(::getpid()) + ".mid";
+    static std::string const path = [] {
+        std::string folder = ::access("/dev/shm", W_OK) == 0 ? "/dev/shm" : "/tmp";
+        return folder + "/cordel-midi-fuzz-" + std::to_string(::getpid()) + ".mid";
+    }();
     return path;
 }
 
@@ -46,6 +51,7 @@ extern "C" int LLVMFuzzerTestOneInput(std::uint8_t const* data, std::size_t size
         decoder.GetTrackEvents(t, track);
         events += track.size();
     }
+    std::remove(inputPath().c_str());
     if (events * 2 > size)
         std::abort();
     return 0;
