@@ -17,6 +17,7 @@
 #include <Cordel/Util/ByteStream.h>
 #include <Cordel/Util/CRC16.h>
 #include <Cordel/Util/CommandLine.h>
+#include <Cordel/Util/Connection.h>
 #include <Cordel/Util/DataStream.h>
 #include <Cordel/Util/DataStreamIOException.h>
 #include <Cordel/Util/Dir.h>
@@ -24,4 +25,7 @@
 #include <Cordel/Util/File.h>
 #include <Cordel/Util/FileIOException.h>
 #include <Cordel/Util/FileStream.h>
+#include <Cordel/Util/MetaObject.h>
+#include <Cordel/Util/Object.h>
+#include <Cordel/Util/Signals.h>
 #include <Cordel/Util/SystemFolders.h>

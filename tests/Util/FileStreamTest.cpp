@@ -1,3 +1,4 @@
+#include <Cordel/Util/ByteStream.h>
 #include <Cordel/Util/DataStreamIOException.h>
 #include <Cordel/Util/File.h>
 #include <Cordel/Util/FileStream.h>
@@ -97,7 +98,7 @@ protected:
     FilePath pathOf(std::string const& name) const { return FilePath(String(PathOf(name))); }
 };
 
-TEST_F(FileStreamTest, EveryTypeRoundTripsInEveryByteOrder)
+TEST_F(FileStreamTest, EveryTypeRoundTripsInEveryByteOrderAsInMemory)
 {
     for (int order : {0, 1, 2, 7}) {
         auto const type = static_cast<DataStream::EndianType>(order);
@@ -106,6 +107,11 @@ TEST_F(FileStreamTest, EveryTypeRoundTripsInEveryByteOrder)
             out.SetEndianType(type);
             writeEveryType(out);
         }
+        Util::ByteStream memory;
+        memory.SetEndianType(type);
+        writeEveryType(memory);
+        std::vector<unsigned char> const& inMemory = memory.GetData();
+        EXPECT_EQ(readAll(PathOf("all")), std::string(inMemory.begin(), inMemory.end())) << "order " << order;
         FileStream in(pathOf("all"), File::ModeRead);
         in.SetEndianType(type);
         readEveryType(in);
