@@ -10,6 +10,9 @@
 #include <Cordel/common/Version.h>
 #include <Cordel/IPP/Complex.h>
 #include <Cordel/IPP/Memory.h>
+#include <Cordel/MIDI/Decode/Decoder.h>
+#include <Cordel/MIDI/Encode/Encoder.h>
+#include <Cordel/MIDI/MIDIMessage.h>
 #include <Cordel/Util/Base64.h>
 #include <Cordel/Util/ByteStream.h>
 #include <Cordel/Util/CRC16.h>
