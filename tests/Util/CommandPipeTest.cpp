@@ -153,12 +153,14 @@ unsigned int fakeClock()
 
 TEST(CommandPipe, WatchdogTakesOverAfterExactlyItsTimeOut)
 {
+    // Never finished: the pipe leaves it alone when destroyed, and the test deletes it after.
+    Log log;
+    Scripted command(log, forever, forever);
     Pipe p(500u);
     detail::CommandPipeClock::Set(p.pipe, &fakeClock);
-    Log log;
     fakeTick = 1000;
     p.pipe.ProcessHigh();
-    p.pipe.PostHigh(new Scripted(log, forever, forever));
+    p.pipe.PostHigh(&command);
 
     fakeTick = 1499;
     p.pipe.ProcessLow();
@@ -185,12 +187,13 @@ TEST(CommandPipe, WatchdogTakesOverAfterExactlyItsTimeOut)
 
 TEST(CommandPipe, WatchdogComparisonWrapsLikeTheTick)
 {
+    Log log;
+    Scripted command(log, forever, forever);
     Pipe p(500u);
     detail::CommandPipeClock::Set(p.pipe, &fakeClock);
-    Log log;
     fakeTick = 0xFFFFFF00u;
     p.pipe.ProcessHigh();
-    p.pipe.PostHigh(new Scripted(log, forever, forever));
+    p.pipe.PostHigh(&command);
     // lastHighTick + 500 wraps to 0xF4 in 32 bits, so the high side is already overdue.
     fakeTick = 0xFFFFFF01u;
     p.pipe.ProcessLow();
@@ -199,9 +202,10 @@ TEST(CommandPipe, WatchdogComparisonWrapsLikeTheTick)
 
 TEST(CommandPipe, WithoutWatchdogTakeOverOnlyBeforeFirstProcessHighOrAfterStopHigh)
 {
-    Pipe p;
     Log log;
-    p.pipe.PostHigh(new Scripted(log, forever, forever));
+    Scripted command(log, forever, forever);
+    Pipe p;
+    p.pipe.PostHigh(&command);
     p.pipe.ProcessLow();
     EXPECT_EQ(log.high, 1) << "before the first ProcessHigh";
     p.pipe.ProcessHigh();
