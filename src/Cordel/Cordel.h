@@ -14,7 +14,16 @@
 #include <Cordel/Util/Time.h>
 #include <Cordel/common/Char.h>
 #include <Cordel/common/Export.h>
+#include <Cordel/common/Path.h>
 #include <Cordel/common/SharedPtr.h>
 #include <Cordel/common/String.h>
 #include <Cordel/common/Types.h>
 #include <Cordel/common/Version.h>
+#include <Cordel/IPP/Complex.h>
+#include <Cordel/IPP/Memory.h>
+#include <Cordel/Util/ByteStream.h>
+#include <Cordel/Util/CommandLine.h>
+#include <Cordel/Util/DataStream.h>
+#include <Cordel/Util/DataStreamIOException.h>
+#include <Cordel/Util/Exception.h>
+#include <Cordel/Util/FileIOException.h>

@@ -158,6 +158,7 @@ public:
 
 private:
     void replaceText(std::string* fresh) { text.reset(fresh); }
+    void appendBytes(std::string_view bytes);
     // The unshared text of an rvalue, ready to be edited in place (made unique first).
     std::string& ownText();
     // Position of the placeholder Arg replaces, or npos.
