@@ -196,19 +196,19 @@ void reentrantLock(benchmark::State& state)
 
 } // namespace
 
-BENCHMARK(pushPopOneThread<CordelQueue>)->Name("fifo_push_pop/cordel");
+BENCHMARK(pushPopOneThread<CordelQueue>)->Name("fifo_push_pop/Cordel");
 BENCHMARK(pushPopOneThread<MoodycamelQueue>)->Name("fifo_push_pop/moodycamel");
 BENCHMARK(pushPopOneThread<BoostQueue>)->Name("fifo_push_pop/boost");
-BENCHMARK(crossThreadThroughput<CordelQueue>)->Name("cross_thread/cordel")->UseRealTime();
+BENCHMARK(crossThreadThroughput<CordelQueue>)->Name("cross_thread/Cordel")->UseRealTime();
 BENCHMARK(crossThreadThroughput<MoodycamelQueue>)->Name("cross_thread/moodycamel")->UseRealTime();
 BENCHMARK(crossThreadThroughput<BoostQueue>)->Name("cross_thread/boost")->UseRealTime();
-BENCHMARK(pipeRoundTrip)->Name("round_trip/cordel_pipe")->UseRealTime();
-BENCHMARK(roundTrip<CordelQueue>)->Name("round_trip/cordel_fifo")->UseRealTime();
+BENCHMARK(pipeRoundTrip)->Name("round_trip/Cordel")->UseRealTime();
+BENCHMARK(roundTrip<CordelQueue>)->Name("round_trip/CordelFIFO")->UseRealTime();
 BENCHMARK(roundTrip<MoodycamelQueue>)->Name("round_trip/moodycamel")->UseRealTime();
 BENCHMARK(roundTrip<BoostQueue>)->Name("round_trip/boost")->UseRealTime();
-BENCHMARK(uncontendedLock<CordelSection>)->Name("lock_unlock/cordel");
+BENCHMARK(uncontendedLock<CordelSection>)->Name("lock_unlock/Cordel");
 BENCHMARK(uncontendedLock<PlatformRecursive>)->Name("lock_unlock/platform_recursive");
-BENCHMARK(reentrantLock<CordelSection>)->Name("lock_unlock_reentrant/cordel");
+BENCHMARK(reentrantLock<CordelSection>)->Name("lock_unlock_reentrant/Cordel");
 BENCHMARK(reentrantLock<PlatformRecursive>)->Name("lock_unlock_reentrant/platform_recursive");
 
 BENCHMARK_MAIN();
