@@ -21,6 +21,9 @@ namespace {
 constexpr unsigned int ringSize = 8192;
 constexpr long batch = 4096; // items in flight at most, so that no queue ever has to grow
 
+// Every wait spins with a yield: the machine is shared, and a waiting thread must not keep
+// the one it waits for off the processor.
+
 // The three queues behind one push/pop face. Push spins while a bounded ring is full.
 struct CordelQueue {
     Atomic::LockFreeFIFO<void*> fifo{"bench", ringSize};
@@ -39,7 +42,7 @@ struct BoostQueue {
     void push(void* p)
     {
         while (!queue.push(p))
-            ;
+            std::this_thread::yield();
     }
     bool pop(void*& p) { return queue.pop(p); }
 };
@@ -68,6 +71,8 @@ void crossThreadThroughput(benchmark::State& state)
         long produced = 0;
         while (!stop.load(std::memory_order_relaxed)) {
             long const wanted = demand.load(std::memory_order_acquire);
+            if (produced == wanted)
+                std::this_thread::yield();
             while (produced < wanted) {
                 queue.push(reinterpret_cast<void*>(produced + 1));
                 ++produced;
@@ -80,6 +85,8 @@ void crossThreadThroughput(benchmark::State& state)
         for (long got = 0; got < batch;)
             if (queue.pop(item))
                 ++got;
+            else
+                std::this_thread::yield();
     }
     stop = true;
     producer.join();
@@ -98,12 +105,14 @@ void roundTrip(benchmark::State& state)
         while (!stop.load(std::memory_order_relaxed))
             if (there.pop(item))
                 back.push(item);
+            else
+                std::this_thread::yield();
     });
     void* item = &there;
     for (auto _ : state) {
         there.push(item);
         while (!back.pop(item))
-            ;
+            std::this_thread::yield();
     }
     stop = true;
     echo.join();
@@ -127,8 +136,10 @@ void pipeRoundTrip(benchmark::State& state)
     pipe.ProcessHigh();
     std::atomic<bool> stop{false};
     std::thread high([&] {
-        while (!stop.load(std::memory_order_relaxed))
+        while (!stop.load(std::memory_order_relaxed)) {
             pipe.ProcessHigh();
+            std::this_thread::yield();
+        }
         pipe.StopHigh();
     });
     auto* command = new Bouncer;
@@ -136,8 +147,10 @@ void pipeRoundTrip(benchmark::State& state)
     long expected = 0;
     for (auto _ : state) {
         ++expected;
-        while (command->trips < expected)
+        while (command->trips < expected) {
             pipe.ProcessLow();
+            std::this_thread::yield();
+        }
     }
     stop = true;
     high.join();
