@@ -31,20 +31,6 @@ TEST(Atomic, CompareExchangeTakesExchangeBeforeComparandAndReportsSuccess)
     EXPECT_EQ(AtomicRead(x), 6u);
 }
 
-TEST(Atomic, IncrementsFromManyThreadsAreNotLost)
-{
-    volatile unsigned int counter = 0;
-    std::thread threads[4];
-    for (auto& t : threads)
-        t = std::thread([&] {
-            for (int i = 0; i < 100000; ++i)
-                AtomicIncrement(counter);
-        });
-    for (auto& t : threads)
-        t.join();
-    EXPECT_EQ(AtomicRead(counter), 400000u);
-}
-
 template <typename Section>
 void expectRecursiveAndExclusive()
 {

@@ -1,7 +1,6 @@
 // labels: threads
-// The high side of a pipe must not allocate in steady state. This program replaces operator new
-// (and, outside the sanitizer builds, which own the C allocator, malloc and friends) to count
-// the allocations made on the high thread while it runs.
+// The high side of a pipe must not allocate in steady state. This program replaces the allocator
+// to count the allocations made on the high thread while it runs.
 #include <Cordel/Util/CommandPipe.h>
 
 #include <gtest/gtest.h>
@@ -16,7 +15,6 @@
 extern "C" void* __libc_malloc(size_t);
 extern "C" void* __libc_calloc(size_t, size_t);
 extern "C" void* __libc_realloc(void*, size_t);
-extern "C" void* __libc_memalign(size_t, size_t);
 
 namespace {
 
@@ -31,10 +29,8 @@ void note()
 
 } // namespace
 
-// These operators are the allocator's own pair, so new over malloc and delete over free match.
-#pragma GCC diagnostic ignored "-Wmismatched-new-delete"
-
 #if !defined(__SANITIZE_ADDRESS__) && !defined(__SANITIZE_THREAD__)
+// Every operator new of the C++ library allocates through these.
 extern "C" void* malloc(size_t n)
 {
     note();
@@ -50,8 +46,10 @@ extern "C" void* realloc(void* p, size_t n)
     note();
     return __libc_realloc(p, n);
 }
-#endif
-
+#else
+// The sanitizers own the C allocator; count at the C++ level, with a matching delete (which the
+// compiler cannot see pairs new-over-malloc with delete-over-free).
+#pragma GCC diagnostic ignored "-Wmismatched-new-delete"
 void* operator new(size_t n)
 {
     note();
@@ -59,26 +57,7 @@ void* operator new(size_t n)
         return p;
     throw std::bad_alloc();
 }
-void* operator new[](size_t n)
-{
-    return operator new(n);
-}
-void* operator new(size_t n, std::align_val_t a)
-{
-    note();
-    if (void* p = std::aligned_alloc(static_cast<size_t>(a), (n + static_cast<size_t>(a) - 1) & ~(static_cast<size_t>(a) - 1)))
-        return p;
-    throw std::bad_alloc();
-}
-void* operator new[](size_t n, std::align_val_t a)
-{
-    return operator new(n, a);
-}
 void operator delete(void* p) noexcept
-{
-    std::free(p);
-}
-void operator delete[](void* p) noexcept
 {
     std::free(p);
 }
@@ -86,26 +65,7 @@ void operator delete(void* p, size_t) noexcept
 {
     std::free(p);
 }
-void operator delete[](void* p, size_t) noexcept
-{
-    std::free(p);
-}
-void operator delete(void* p, std::align_val_t) noexcept
-{
-    std::free(p);
-}
-void operator delete[](void* p, std::align_val_t) noexcept
-{
-    std::free(p);
-}
-void operator delete(void* p, size_t, std::align_val_t) noexcept
-{
-    std::free(p);
-}
-void operator delete[](void* p, size_t, std::align_val_t) noexcept
-{
-    std::free(p);
-}
+#endif
 
 using namespace Cordel;
 using namespace Cordel::Atomic;
