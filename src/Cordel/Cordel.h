@@ -10,10 +10,14 @@
 #include <Cordel/common/Version.h>
 #include <Cordel/IPP/Complex.h>
 #include <Cordel/IPP/Memory.h>
+#include <Cordel/MIDI/Decode/Decoder.h>
+#include <Cordel/MIDI/Encode/Encoder.h>
+#include <Cordel/MIDI/MIDIMessage.h>
 #include <Cordel/Util/Base64.h>
 #include <Cordel/Util/ByteStream.h>
 #include <Cordel/Util/CRC16.h>
 #include <Cordel/Util/CommandLine.h>
+#include <Cordel/Util/Connection.h>
 #include <Cordel/Util/DataStream.h>
 #include <Cordel/Util/DataStreamIOException.h>
 #include <Cordel/Util/Dir.h>
@@ -21,4 +25,12 @@
 #include <Cordel/Util/File.h>
 #include <Cordel/Util/FileIOException.h>
 #include <Cordel/Util/FileStream.h>
+#include <Cordel/Util/MetaObject.h>
+#include <Cordel/Util/Object.h>
+#include <Cordel/Util/Signals.h>
 #include <Cordel/Util/SystemFolders.h>
+#include <Cordel/Util/Clipboard.h>
+#include <Cordel/Util/ConfigFile.h>
+#include <Cordel/Util/LaunchURL.h>
+#include <Cordel/Util/Module.h>
+#include <Cordel/Util/TinyXML.h>

@@ -29,13 +29,6 @@ FileIO failureOf(std::function<void()> const& action)
 
 } // namespace
 
-namespace Cordel {
-void PrintTo(String const& s, std::ostream* out)
-{
-    *out << '"' << s.View() << '"';
-}
-} // namespace Cordel
-
 class DirTest : public CordelTest::TempFolder {
 protected:
     FolderPath folderOf(std::string const& name) const { return FolderPath(String(PathOf(name))); }
