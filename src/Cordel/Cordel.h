@@ -10,6 +10,7 @@
 #include <Cordel/common/Version.h>
 #include <Cordel/IPP/Complex.h>
 #include <Cordel/IPP/Memory.h>
+#include <Cordel/Util/Atomic.h>
 #include <Cordel/MIDI/Decode/Decoder.h>
 #include <Cordel/MIDI/Encode/Encoder.h>
 #include <Cordel/MIDI/MIDIMessage.h>
@@ -17,6 +18,9 @@
 #include <Cordel/Util/ByteStream.h>
 #include <Cordel/Util/CRC16.h>
 #include <Cordel/Util/CommandLine.h>
+#include <Cordel/Util/CommandPipe.h>
+#include <Cordel/Util/CriticalSection.h>
+#include <Cordel/Util/DataQueue.h>
 #include <Cordel/Util/Connection.h>
 #include <Cordel/Util/DataStream.h>
 #include <Cordel/Util/DataStreamIOException.h>
@@ -24,6 +28,9 @@
 #include <Cordel/Util/Exception.h>
 #include <Cordel/Util/File.h>
 #include <Cordel/Util/FileIOException.h>
+#include <Cordel/Util/LockFreeFIFO.h>
+#include <Cordel/Util/Thread.h>
+#include <Cordel/Util/Time.h>
 #include <Cordel/Util/FileStream.h>
 #include <Cordel/Util/MetaObject.h>
 #include <Cordel/Util/Object.h>
