@@ -5,6 +5,7 @@
 #include <sys/stat.h>
 #include <sys/wait.h>
 
+#include <algorithm>
 #include <chrono>
 #include <cstdlib>
 #include <fstream>
@@ -105,10 +106,15 @@ TEST_F(LaunchURLTest, HostileTextArrivesAsOneUntouchedArgument)
     };
     for (std::string const& url : urls)
         Util::LaunchURL(url.c_str());
-    auto const launches = Launches(urls.size());
+    // The launched programs run side by side, so their records may come in any order.
+    auto launches = Launches(urls.size());
     ASSERT_EQ(launches.size(), urls.size());
-    for (std::size_t i = 0; i < urls.size(); ++i)
-        EXPECT_EQ(launches[i], std::vector<std::string>{urls[i]});
+    std::vector<std::vector<std::string>> expected;
+    for (std::string const& url : urls)
+        expected.push_back({url});
+    std::sort(launches.begin(), launches.end());
+    std::sort(expected.begin(), expected.end());
+    EXPECT_EQ(launches, expected);
     EXPECT_FALSE(Exists("pwned"));
     EXPECT_FALSE(std::filesystem::exists("pwned"));
 }
