@@ -33,7 +33,7 @@ protected:
                                  "while [ ! -e \"" << PathOf("release") << "\" ] && [ -d \"" << folder.string() << "\" ] && [ $n -lt 300 ]; do\n"
                                  "  sleep 0.1; n=$((n+1))\n"
                                  "done\n"
-                                 "touch \"" << PathOf("done") << "\"\n";
+                                 "touch \"" << PathOf("done") << "\" 2>/dev/null\n";
         ::chmod(script.c_str(), 0755);
         char const* path = std::getenv("PATH");
         savedPath = path ? path : "";
