@@ -39,7 +39,7 @@ int run(Command const& command, Args const& args)
     try {
         return command.run(args);
     } catch (Util::CommandLine::Error const& e) {
-        PrintError(String("cordel %1: %2\nTry 'cordel %1 --help'.\n").Arg(command.name).Arg(e.GetMessage()));
+        PrintError(String("cordel %1: %2\nTry 'cordel %3 --help'.\n").Arg(command.name).Arg(e.GetMessage()).Arg(command.name));
         return 2;
     } catch (Exception::Base const& e) {
         PrintError(String("cordel %1: %2\n").Arg(command.name).Arg(e.GetMessage()));
