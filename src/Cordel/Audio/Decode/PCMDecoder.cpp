@@ -116,6 +116,8 @@ unsigned int PCMDecoder::readForConversion(unsigned int frames, Target target, c
 
 void PCMDecoder::rawToFloat(unsigned int samples, float* out)
 {
+    if (!samples)
+        return; // the buffers of an empty read may be null, which memcpy may not be handed
     unsigned char const* raw = rawBuffer.data();
     switch (format.isFloat ? 0 : format.bytesPerSample) {
     case 0: std::memcpy(out, raw, std::size_t(samples) * 4); break;
@@ -128,6 +130,8 @@ void PCMDecoder::rawToFloat(unsigned int samples, float* out)
 
 void PCMDecoder::rawToInt16(unsigned int samples, short* out)
 {
+    if (!samples)
+        return; // as in rawToFloat
     if (!format.isFloat && format.bytesPerSample == 2) {
         std::memcpy(out, rawBuffer.data(), std::size_t(samples) * 2);
         return;
