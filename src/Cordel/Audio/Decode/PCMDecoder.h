@@ -86,6 +86,9 @@ private:
     unsigned int samplePos = 0;
     unsigned int numSampleFrames = 0;
     unsigned int dataStart = 0;
+    // Where the file stands when that is known: after our own seeks and sample reads, not after
+    // a chunk fetch, a failed read or a header parse.
+    checked_value<unsigned int> filePosition;
     aligned_vector<unsigned char> rawBuffer;
     aligned_vector<unsigned char> convertBuffer;
 };
