@@ -122,6 +122,6 @@ int convert(Args const& args)
 
 } // namespace
 
-CORDEL_COMMAND("convert", "Converts WAV and AIFF files, between formats and sample formats", convert);
+CORDEL_COMMAND("convert", "convert WAV and AIFF files between formats and sample formats", convert);
 
 } // namespace CordelTool

@@ -134,6 +134,6 @@ int generate(Args const& args)
 
 } // namespace
 
-CORDEL_COMMAND("generate", "Writes a test tone, noise or ramp as WAV or AIFF", generate);
+CORDEL_COMMAND("generate", "write a test tone, noise or ramp as WAV or AIFF", generate);
 
 } // namespace CordelTool

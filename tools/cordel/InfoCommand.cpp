@@ -175,6 +175,6 @@ int info(Args const& args)
 
 } // namespace
 
-CORDEL_COMMAND("info", "Format, length and chunks of WAV and AIFF files", info);
+CORDEL_COMMAND("info", "format, length and chunks of WAV and AIFF files", info);
 
 } // namespace CordelTool
