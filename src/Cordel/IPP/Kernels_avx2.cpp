@@ -60,14 +60,6 @@ void floatToIntAvx2(unsigned int n, float const* src, int* dst, double multiplie
     floatToIntLoop<Round>(n - i, src + i, dst + i, multiplier);
 }
 
-void floatToIntDispatch(unsigned int n, float const* src, int* dst, double multiplier, bool round)
-{
-    if (round)
-        floatToIntAvx2<true>(n, src, dst, multiplier);
-    else
-        floatToIntAvx2<false>(n, src, dst, multiplier);
-}
-
 void interleaveFloatAvx2(unsigned int n, float const* left, float const* right, float* dst)
 {
     unsigned int i = 0;
@@ -131,7 +123,7 @@ constexpr Kernels makeAvx2Kernels()
 {
     Kernels k = makeKernels();
     k.floatToShort = floatToShortAvx2;
-    k.floatToInt = floatToIntDispatch;
+    k.floatToInt = floatToIntBy<floatToIntAvx2<true>, floatToIntAvx2<false>>;
     k.interleaveFloat = interleaveFloatAvx2;
     k.deinterleaveFloat = deinterleaveFloatAvx2;
     k.interleaveShort = interleaveShortAvx2;

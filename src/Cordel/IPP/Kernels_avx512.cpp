@@ -61,14 +61,6 @@ void floatToIntAvx512(unsigned int n, float const* src, int* dst, double multipl
     floatToIntLoop<Round>(n - i, src + i, dst + i, multiplier);
 }
 
-void floatToIntDispatch(unsigned int n, float const* src, int* dst, double multiplier, bool round)
-{
-    if (round)
-        floatToIntAvx512<true>(n, src, dst, multiplier);
-    else
-        floatToIntAvx512<false>(n, src, dst, multiplier);
-}
-
 // Index vectors for the two-source permutes: element k of the first operand is index k, of the
 // second 16 + k (32 + k for 16-bit elements).
 __m512i zipIndex(int first)
@@ -150,7 +142,7 @@ constexpr Kernels makeAvx512Kernels()
 {
     Kernels k = makeKernels();
     k.floatToShort = floatToShortAvx512;
-    k.floatToInt = floatToIntDispatch;
+    k.floatToInt = floatToIntBy<floatToIntAvx512<true>, floatToIntAvx512<false>>;
     k.interleaveFloat = interleaveFloatAvx512;
     k.deinterleaveFloat = deinterleaveFloatAvx512;
     k.interleaveShort = interleaveShortAvx512;

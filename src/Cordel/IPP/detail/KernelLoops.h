@@ -80,12 +80,16 @@ void floatToIntLoop(unsigned int n, float const* src, int* dst, double multiplie
     }
 }
 
-void floatToInt(unsigned int n, float const* src, int* dst, double multiplier, bool round)
+using FloatToIntLoop = void (*)(unsigned int n, float const* src, int* dst, double multiplier);
+
+// Picks the loop for the rounding rule once per call rather than once per element.
+template <FloatToIntLoop Rounding, FloatToIntLoop Truncating>
+void floatToIntBy(unsigned int n, float const* src, int* dst, double multiplier, bool round)
 {
     if (round)
-        floatToIntLoop<true>(n, src, dst, multiplier);
+        Rounding(n, src, dst, multiplier);
     else
-        floatToIntLoop<false>(n, src, dst, multiplier);
+        Truncating(n, src, dst, multiplier);
 }
 
 template <typename T>
@@ -166,7 +170,7 @@ constexpr Kernels makeKernels()
         shortToFloatLoop,
         floatToShortLoop,
         intToFloatLoop,
-        floatToInt,
+        floatToIntBy<floatToIntLoop<true>, floatToIntLoop<false>>,
         interleaveLoop<short>,
         interleaveLoop<float>,
         deinterleaveLoop<short>,
