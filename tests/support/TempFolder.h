@@ -1,6 +1,8 @@
 #pragma once
 // A fixture that gives each test a fresh, empty folder and removes it afterwards.
 
+#include "Printers.h"
+
 #include <gtest/gtest.h>
 
 #include <cstdlib>

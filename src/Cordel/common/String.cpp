@@ -178,36 +178,38 @@ void String::Remove(unsigned int pos, checked_value<unsigned int> const& count)
     replaceText(fresh->empty() ? (delete fresh, nullptr) : fresh);
 }
 
+// An unshared text is extended where it stands (same result, same count cell, no copy); a shared
+// one is copied first, so the other owners keep what they had.
 String& String::operator+=(String const& s)
 {
-    if (!s.IsEmpty()) {
-        auto* fresh = new std::string();
-        fresh->reserve(Length() + s.Length());
-        fresh->append(View()).append(s.View());
-        replaceText(fresh);
-    }
+    if (!s.IsEmpty())
+        appendBytes(s.View());
     return *this;
 }
 
 String& String::operator+=(char const* s)
 {
-    if (s && *s) {
-        std::size_t const m = std::strlen(s);
-        auto* fresh = new std::string();
-        fresh->reserve(Length() + m);
-        fresh->append(View()).append(s, m);
-        replaceText(fresh);
-    }
+    if (s && *s)
+        appendBytes(std::string_view(s));
     return *this;
 }
 
 String& String::operator+=(char c)
 {
-    auto* fresh = new std::string();
-    fresh->reserve(Length() + 1);
-    fresh->append(View()).push_back(c);
-    replaceText(fresh);
+    appendBytes(std::string_view(&c, 1));
     return *this;
+}
+
+void String::appendBytes(std::string_view bytes)
+{
+    if (text && text.unique()) {
+        text->append(bytes);
+        return;
+    }
+    auto* fresh = new std::string();
+    fresh->reserve(Length() + bytes.size());
+    fresh->append(View()).append(bytes);
+    replaceText(fresh);
 }
 
 String operator+(String const& a, String const& b)
@@ -334,9 +336,9 @@ std::size_t String::findPlaceholder() const
     std::string_view const v = View();
     std::size_t best = std::string_view::npos;
     char bestDigit = 0;
-    for (std::size_t i = 0; i + 1 < v.size(); ++i) {
+    for (std::size_t i = v.find('%'); i != std::string_view::npos && i + 1 < v.size(); i = v.find('%', i + 1)) {
         char const d = v[i + 1];
-        if (v[i] == '%' && d >= '0' && d <= '9' && (best == std::string_view::npos || d < bestDigit)) {
+        if (d >= '0' && d <= '9' && (best == std::string_view::npos || d < bestDigit)) {
             best = i;
             bestDigit = d;
             if (d == '0')
@@ -365,11 +367,13 @@ String String::argViewInPlace(std::string_view a)
 {
     std::size_t const p = findPlaceholder();
     std::string& t = ownText();
+    if (t.capacity() < t.size() + a.size())
+        t.reserve(t.size() + a.size() + 32); // room for the arguments still to come
     if (p == std::string::npos)
         t.append(a);
     else
         t.replace(p, 2, a);
-    return *this;
+    return std::move(*this);
 }
 
 String String::Arg(String const& a) const& { return argView(a.View()); }

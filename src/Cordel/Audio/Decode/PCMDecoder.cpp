@@ -1,0 +1,238 @@
+#include <Cordel/Audio/Decode/BadFormat.h>
+#include <Cordel/Audio/Decode/PCMDecoder.h>
+#include <Cordel/Audio/detail/SampleConversion.h>
+#include <Cordel/Util/detail/Throw.h>
+
+#include <algorithm>
+
+namespace Cordel::Audio::Decode {
+
+using namespace Cordel::Audio::detail;
+
+Stream::~Stream() = default;
+
+PCMDecoder::PCMDecoder(FilePath const& path) : file(path) {}
+
+PCMDecoder::~PCMDecoder()
+{
+    if (file.IsOpen()) {
+        try {
+            file.Close();
+        } catch (Cordel::Exception::Base const&) {
+            // nothing useful can be done about a failed close in a destructor
+        }
+    }
+}
+
+WaveFormat PCMDecoder::FullSync()
+{
+    return Sync();
+}
+
+void PCMDecoder::fail(String const& message, Cordel::Exception::Site const& site) const
+{
+    Cordel::Exception::Throw(Exception::BadFormat(message, file.GetPath()), site);
+}
+
+void PCMDecoder::beginSync()
+{
+    samplePos = 0;
+    numSampleFrames = 0;
+    dataStart = 0;
+    format = WaveFormat();
+    coding = SampleCoding();
+    applicationChunks.clear();
+}
+
+WaveFormat PCMDecoder::finishSync(unsigned int start, unsigned int dataBytes)
+{
+    dataStart = start;
+    file.At(dataStart);
+    numSampleFrames = format.BytesPerFrame() ? dataBytes / format.BytesPerFrame() : 0;
+    synced = true;
+    return format;
+}
+
+void PCMDecoder::requireSynced(char const* operation, unsigned int value) const
+{
+    if (!synced)
+        fail(String("%1 %2 when not sync'd").Arg(operation).Arg(value), CORDEL_HERE);
+}
+
+void PCMDecoder::Seek(unsigned int frame)
+{
+    if (frame == samplePos)
+        return;
+    if (!synced)
+        fail(String("Seek to %1 when not sync'd").Arg(frame), CORDEL_HERE);
+    if (frame > numSampleFrames)
+        fail(String("Seek to %1, total sample frames %2").Arg(frame).Arg(numSampleFrames), CORDEL_HERE);
+    file.At(dataStart + frame * format.BytesPerFrame());
+    samplePos = frame;
+}
+
+void PCMDecoder::ReadRawInterleaved(unsigned int frames, unsigned char* out, unsigned int& framesRead)
+{
+    requireSynced("ReadRawInterleaved", frames);
+    unsigned int const n = std::min(frames, numSampleFrames - samplePos);
+    if (n) {
+        // Position first: fetching a chunk may have moved the file elsewhere.
+        file.At(dataStart + samplePos * format.BytesPerFrame());
+        file.ReadBlock(reinterpret_cast<char*>(out), n * format.BytesPerFrame());
+    }
+    samplePos += n;
+    framesRead = n;
+}
+
+bool PCMDecoder::canConvert(Target target) const
+{
+    unsigned int const bytes = format.bytesPerSample;
+    if (format.isFloat)
+        return bytes == 4;
+    if (target == Target::Int16)
+        return bytes == 2 || bytes == 3;
+    return bytes >= 1 && bytes <= 4;
+}
+
+unsigned int PCMDecoder::readForConversion(unsigned int frames, Target target, char const* operation)
+{
+    requireSynced(operation, frames);
+    if (!canConvert(target)) {
+        char const* const name = target == Target::Int16 ? "ReadInt16Interleaved" : "ReadFloatInterleaved";
+        fail(String("%1 %2 called, unsupported conversion").Arg(name).Arg(frames), CORDEL_HERE);
+    }
+    unsigned int const n = std::min(frames, numSampleFrames - samplePos);
+    rawBuffer.resize(std::max<std::size_t>(rawBuffer.size(), std::size_t(n) * format.BytesPerFrame()));
+    unsigned int read = 0;
+    ReadRawInterleaved(n, rawBuffer.data(), read);
+    unsigned int const samples = read * format.numChannels;
+    if (coding.bigEndian && format.bytesPerSample > 1)
+        swapSampleBytes(samples, format.bytesPerSample, rawBuffer.data());
+    if (coding.signedBytes && format.bytesPerSample == 1)
+        for (unsigned int i = 0; i < samples; ++i)
+            rawBuffer[i] ^= 0x80; // signed to offset form: s + 128
+    return read;
+}
+
+void PCMDecoder::rawToFloat(unsigned int samples, float* out)
+{
+    unsigned char const* raw = rawBuffer.data();
+    switch (format.isFloat ? 0 : format.bytesPerSample) {
+    case 0: std::memcpy(out, raw, std::size_t(samples) * 4); break;
+    case 1: unsigned8ToFloat(samples, raw, out); break;
+    case 2: int16ToFloat(samples, raw, out); break;
+    case 3: int24ToFloat(samples, raw, out); break;
+    default: int32ToFloat(samples, raw, out); break;
+    }
+}
+
+void PCMDecoder::rawToInt16(unsigned int samples, short* out)
+{
+    if (!format.isFloat && format.bytesPerSample == 2) {
+        std::memcpy(out, rawBuffer.data(), std::size_t(samples) * 2);
+        return;
+    }
+    convertBuffer.resize(std::max<std::size_t>(convertBuffer.size(), std::size_t(samples) * sizeof(float)));
+    float* const floats = reinterpret_cast<float*>(convertBuffer.data());
+    rawToFloat(samples, floats);
+    floatToInt16(samples, floats, reinterpret_cast<std::int16_t*>(out));
+}
+
+void PCMDecoder::ReadFloatInterleaved(unsigned int frames, float* out, unsigned int& framesRead)
+{
+    framesRead = readForConversion(frames, Target::Float, "ReadFloatInterleaved");
+    rawToFloat(framesRead * format.numChannels, out);
+}
+
+void PCMDecoder::ReadFloatInterleaved(unsigned int frames, double* out, unsigned int& framesRead)
+{
+    framesRead = readForConversion(frames, Target::Double, "ReadFloatInterleaved");
+    unsigned int const samples = framesRead * format.numChannels;
+    if (!format.isFloat && format.bytesPerSample == 4) {
+        // x / 2^31 exactly; the float read rounds the integer to 24 bits first.
+        for (unsigned int i = 0; i < samples; ++i) {
+            std::int32_t v;
+            std::memcpy(&v, rawBuffer.data() + 4 * std::size_t(i), 4);
+            out[i] = static_cast<double>(v) * (1.0 / 2147483648.0);
+        }
+        return;
+    }
+    convertBuffer.resize(std::max<std::size_t>(convertBuffer.size(), std::size_t(samples) * sizeof(float)));
+    float* const floats = reinterpret_cast<float*>(convertBuffer.data());
+    rawToFloat(samples, floats);
+    std::copy(floats, floats + samples, out);
+}
+
+void PCMDecoder::ReadInt16Interleaved(unsigned int frames, short* out, unsigned int& framesRead)
+{
+    framesRead = readForConversion(frames, Target::Int16, "ReadInt16Interleaved");
+    rawToInt16(framesRead * format.numChannels, out);
+}
+
+namespace {
+
+template <typename T>
+void splitChannels(unsigned int frames, unsigned int channels, T const* interleaved, T* const* out)
+{
+    for (unsigned int c = 0; c < channels; ++c) {
+        T* const dst = out[c];
+        for (unsigned int j = 0; j < frames; ++j)
+            dst[j] = interleaved[std::size_t(j) * channels + c];
+    }
+}
+
+} // namespace
+
+void PCMDecoder::ReadFloatDeinterleaved(unsigned int frames, float* const* channels, unsigned int& framesRead)
+{
+    framesRead = readForConversion(frames, Target::Float, "ReadFloatDeinterleaved");
+    unsigned int const samples = framesRead * format.numChannels;
+    aligned_vector<float> interleaved(samples);
+    rawToFloat(samples, interleaved.data());
+    splitChannels(framesRead, format.numChannels, interleaved.data(), channels);
+}
+
+void PCMDecoder::ReadInt16Deinterleaved(unsigned int frames, short* const* channels, unsigned int& framesRead)
+{
+    framesRead = readForConversion(frames, Target::Int16, "ReadInt16Deinterleaved");
+    unsigned int const samples = framesRead * format.numChannels;
+    aligned_vector<short> interleaved(samples);
+    rawToInt16(samples, interleaved.data());
+    splitChannels(framesRead, format.numChannels, interleaved.data(), channels);
+}
+
+bool PCMDecoder::isListed(std::vector<ApplicationChunkInfo> const& list, unsigned int id)
+{
+    return std::any_of(list.begin(), list.end(), [id](ApplicationChunkInfo const& c) { return c.id == id; });
+}
+
+void PCMDecoder::fetchChunk(std::vector<ApplicationChunkInfo> const& list, unsigned int id, std::vector<unsigned char>& data)
+{
+    data.clear();
+    auto it = std::find_if(list.begin(), list.end(), [id](ApplicationChunkInfo const& c) { return c.id == id; });
+    if (it == list.end() || !file.IsOpen())
+        return;
+    data.resize(it->size); // the size was checked against the file when the chunk was listed
+    file.At(it->position);
+    if (it->size)
+        file.ReadBlock(data);
+}
+
+bool PCMDecoder::ContainsApplicationChunk(unsigned int id) const
+{
+    return isListed(applicationChunks, id);
+}
+
+void PCMDecoder::GetApplicationChunk(unsigned int id, std::vector<unsigned char>& data)
+{
+    fetchChunk(applicationChunks, id, data);
+}
+
+void PCMDecoder::Close()
+{
+    synced = false;
+    if (file.IsOpen())
+        file.Close();
+}
+
+} // namespace Cordel::Audio::Decode
