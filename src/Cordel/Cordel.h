@@ -20,9 +20,7 @@
 #include <Cordel/IPP/Statistics.h>
 #include <Cordel/IPP/Threshold.h>
 #include <Cordel/IPP/Window.h>
-#include <Cordel/Util/CommandLine.h>
 #include <Cordel/Util/Complex.h>
-#include <Cordel/Util/Exception.h>
 #include <Cordel/Util/Math.h>
 #include <Cordel/Util/Random.h>
 #include <Cordel/Util/Atomic.h>
