@@ -4,6 +4,7 @@
 
 #include <Cordel/Util/Base64.h>
 #include <Cordel/Util/CRC16.h>
+#include <Cordel/Util/detail/Base64Kernels.h>
 
 #include <benchmark/benchmark.h>
 #include <boost/crc.hpp>
@@ -45,6 +46,14 @@ void encodeCordel(benchmark::State& state)
     state.SetBytesProcessed(state.iterations() * size);
 }
 
+// The same on a given instruction set, to show what each kernel adds.
+void encodeCordelPath(benchmark::State& state, Cordel::Util::detail::Base64Path path)
+{
+    for (auto _ : state)
+        benchmark::DoNotOptimize(Cordel::Util::detail::Base64Encode(input(), path));
+    state.SetBytesProcessed(state.iterations() * size);
+}
+
 void encodeOpenSSL(benchmark::State& state)
 {
     std::vector<unsigned char> out(size / 3 * 4 + 8);
@@ -71,6 +80,17 @@ void decodeCordel(benchmark::State& state)
     std::vector<unsigned char> out;
     for (auto _ : state) {
         Cordel::Util::Base64Decode(text, out);
+        benchmark::DoNotOptimize(out.data());
+    }
+    state.SetBytesProcessed(state.iterations() * size);
+}
+
+void decodeCordelPath(benchmark::State& state, Cordel::Util::detail::Base64Path path)
+{
+    Cordel::String const text(encodedInput());
+    std::vector<unsigned char> out;
+    for (auto _ : state) {
+        Cordel::Util::detail::Base64Decode(text, out, path);
         benchmark::DoNotOptimize(out.data());
     }
     state.SetBytesProcessed(state.iterations() * size);
@@ -126,10 +146,15 @@ void crcTableLoop(benchmark::State& state)
 
 } // namespace
 
+using Cordel::Util::detail::Base64Path;
 BENCHMARK(encodeCordel)->Name("Base64Encode1MiB/Cordel");
+BENCHMARK_CAPTURE(encodeCordelPath, avx2, Base64Path::AVX2)->Name("Base64Encode1MiB/Cordel AVX2 only");
+BENCHMARK_CAPTURE(encodeCordelPath, portable, Base64Path::Scalar)->Name("Base64Encode1MiB/Cordel portable");
 BENCHMARK(encodeOpenSSL)->Name("Base64Encode1MiB/OpenSSL EVP_EncodeBlock");
 BENCHMARK(encodeGlib)->Name("Base64Encode1MiB/glib g_base64_encode");
 BENCHMARK(decodeCordel)->Name("Base64Decode1MiB/Cordel");
+BENCHMARK_CAPTURE(decodeCordelPath, avx2, Base64Path::AVX2)->Name("Base64Decode1MiB/Cordel AVX2 only");
+BENCHMARK_CAPTURE(decodeCordelPath, portable, Base64Path::Scalar)->Name("Base64Decode1MiB/Cordel portable");
 BENCHMARK(decodeOpenSSL)->Name("Base64Decode1MiB/OpenSSL EVP_DecodeBlock");
 BENCHMARK(decodeGlib)->Name("Base64Decode1MiB/glib g_base64_decode");
 BENCHMARK(crcCordel)->Name("CRC16_1MiB/Cordel");

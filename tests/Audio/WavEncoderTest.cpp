@@ -179,3 +179,37 @@ TEST_F(WavEncoder, RoundTripsThroughTheDecoder)
             ASSERT_NEAR(back[i], samples[i], step) << "sample " << i << " of " << format.bytesPerSample << " bytes";
     }
 }
+
+TEST_F(WavEncoder, OutOfRangeSamplesWrapAt24BitsAndSaturateAt16And32)
+{
+    // Long enough for the vectorised loops, with the awkward values scattered through it: far
+    // beyond +-1 (past 32 bits once scaled), infinities and NaN.
+    std::vector<float> samples(1000);
+    for (std::size_t i = 0; i < samples.size(); ++i)
+        samples[i] = std::sin(float(i)) * 1.5f;
+    float const awkward[] = {300.0f, -300.0f, 1e10f, -1e10f, 1e30f, INFINITY, -INFINITY, NAN, 1.0f, -1.0f, 256.0f};
+    for (std::size_t k = 0; k < std::size(awkward); ++k)
+        samples[37 * k + 5] = awkward[k];
+
+    auto written = [&](unsigned int bytesPerSample) {
+        Encoder e(path(), WaveFormat{1, bytesPerSample, 8000, false, 0});
+        e.Open();
+        e.WriteFloatInterleaved(unsigned(samples.size()), samples.data());
+        e.Close();
+        auto const b = bytes();
+        return std::vector<unsigned char>(b.begin() + 44, b.begin() + 44 + samples.size() * bytesPerSample);
+    };
+    auto const b24 = written(3), b16 = written(2), b32 = written(4);
+    for (std::size_t i = 0; i < samples.size(); ++i) {
+        double const x = samples[i];
+        double const scaled = x * 8388607.0 + (x < 0 ? -0.5 : 0.5);
+        long long const v24 = std::isfinite(scaled) && std::fabs(scaled) < 9.2e18 ? static_cast<long long>(scaled) : 0;
+        ASSERT_EQ(b24[3 * i] | (b24[3 * i + 1] << 8) | (b24[3 * i + 2] << 16), int(v24 & 0xFFFFFF)) << "sample " << i << " = " << x;
+
+        double const s16 = std::isnan(x) ? 0 : std::trunc(std::clamp(x * 32768.0, -32768.0, 32767.0));
+        ASSERT_EQ(short(b16[2 * i] | (b16[2 * i + 1] << 8)), short(s16)) << "sample " << i << " = " << x;
+
+        double const s32 = std::isnan(x) ? 0 : std::trunc(std::clamp(double(float(x * 2147483648.0)), -2147483648.0, 2147483647.0));
+        ASSERT_EQ(int(le32(b32, 4 * i)), int(s32)) << "sample " << i << " = " << x;
+    }
+}

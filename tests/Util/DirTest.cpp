@@ -1,6 +1,7 @@
 #include <Cordel/Util/Dir.h>
 #include <Cordel/Util/FileIOException.h>
 
+#include "Printers.h"
 #include "TempFolder.h"
 
 #include <gtest/gtest.h>

@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <vector>
 
 using Cordel::Char;
@@ -205,4 +206,20 @@ TEST(String, CharCategoriesFollowLatin1)
     EXPECT_EQ(CHAR_CATEGORIES[0xA6], 30);
     for (int c = 0; c < 256; ++c)
         EXPECT_NE(CHAR_CATEGORIES[c], 0) << "byte " << c << " has no category";
+}
+
+TEST(String, MovedFromStringStaysUsable)
+{
+    String a("moved");
+    String b(std::move(a));
+    EXPECT_EQ(b, "moved");
+    EXPECT_EQ(b.GetHandle().use_count(), 1u);
+    a += "again"; // a moved-from string takes new text
+    EXPECT_EQ(a, "again");
+    String c;
+    c = std::move(b);
+    EXPECT_EQ(c, "moved");
+    std::vector<String> v{"b", "c", "a"};
+    std::sort(v.begin(), v.end());
+    EXPECT_EQ(String::Join(",", v), "a,b,c");
 }

@@ -39,7 +39,8 @@ int run(Command const& command, Args const& args)
     try {
         return command.run(args);
     } catch (Util::CommandLine::Error const& e) {
-        PrintError(String("cordel %1: %2\nTry 'cordel %1 --help'.\n").Arg(command.name).Arg(e.GetMessage()));
+        String const name(command.name);
+        PrintError(String("cordel ") + name + ": " + e.GetMessage() + "\nTry 'cordel " + name + " --help'.\n");
         return 2;
     } catch (Exception::Base const& e) {
         PrintError(String("cordel %1: %2\n").Arg(command.name).Arg(e.GetMessage()));

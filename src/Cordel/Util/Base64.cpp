@@ -1,4 +1,5 @@
 #include <Cordel/Util/Base64.h>
+#include <Cordel/Util/detail/Base64Kernels.h>
 
 #include <array>
 #include <cstdint>
@@ -8,7 +9,8 @@ namespace Cordel::Util {
 
 namespace {
 
-constexpr char alphabet[] = "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+/";
+using detail::base64Alphabet;
+using detail::Base64Path;
 
 // ---------------------------------------------------------------------------------------------
 // Encoding
@@ -19,8 +21,8 @@ constexpr std::array<std::uint16_t, 4096> pairTable()
 {
     std::array<std::uint16_t, 4096> table{};
     for (unsigned int v = 0; v < 4096; ++v)
-        table[v] = static_cast<std::uint16_t>(static_cast<unsigned char>(alphabet[v >> 6])
-                                              | (static_cast<unsigned char>(alphabet[v & 63]) << 8));
+        table[v] = static_cast<std::uint16_t>(static_cast<unsigned char>(base64Alphabet[v >> 6])
+                                              | (static_cast<unsigned char>(base64Alphabet[v & 63]) << 8));
     return table;
 }
 constexpr auto pairs = pairTable();
@@ -98,9 +100,58 @@ bool decodeEight(unsigned char const* in, unsigned char* out)
     return true;
 }
 
-} // namespace
+// ---------------------------------------------------------------------------------------------
+// Choosing the kernels
 
-String Base64Encode(std::vector<unsigned char> const& bytes)
+struct Kernels {
+    std::size_t (*encode)(unsigned char const* in, std::size_t n, char* out);
+    std::size_t (*decode)(unsigned char const* in, std::size_t n, unsigned char* out);
+};
+
+// The portable code has no bulk kernel: its eight-at-a-time loops below do the whole run.
+std::size_t noBulkEncode(unsigned char const*, std::size_t, char*) { return 0; }
+std::size_t noBulkDecode(unsigned char const*, std::size_t, unsigned char*) { return 0; }
+
+Kernels kernelsFor(Base64Path path)
+{
+    switch (path) {
+    case Base64Path::AVX512:
+        return {detail::Base64EncodeAVX512, detail::Base64DecodeAVX512};
+    case Base64Path::AVX2:
+        return {detail::Base64EncodeAVX2, detail::Base64DecodeAVX2};
+    case Base64Path::Scalar:
+        break;
+    }
+    return {noBulkEncode, noBulkDecode};
+}
+
+bool available(Base64Path path)
+{
+    __builtin_cpu_init(); // may run before the constructor that normally does this
+    switch (path) {
+    case Base64Path::AVX512:
+        return __builtin_cpu_supports("avx512bw") && __builtin_cpu_supports("avx512vbmi");
+    case Base64Path::AVX2:
+        return __builtin_cpu_supports("avx2");
+    case Base64Path::Scalar:
+        break;
+    }
+    return true;
+}
+
+Kernels fastest()
+{
+    for (Base64Path path : {Base64Path::AVX512, Base64Path::AVX2})
+        if (available(path))
+            return kernelsFor(path);
+    return kernelsFor(Base64Path::Scalar);
+}
+
+Kernels const chosen = fastest();
+
+// ---------------------------------------------------------------------------------------------
+
+String encode(std::vector<unsigned char> const& bytes, Kernels const& kernels)
 {
     std::size_t const n = bytes.size();
     if (n == 0)
@@ -111,7 +162,8 @@ String Base64Encode(std::vector<unsigned char> const& bytes)
     char* out = text.detachAndExtend(static_cast<unsigned int>(length - 1));
     unsigned char const* in = bytes.data();
 
-    std::size_t i = 0;
+    std::size_t i = kernels.encode(in, n, out);
+    out += i / 3 * 4;
     for (; i + 8 <= n; i += 6, out += 8)
         encodeSix(in + i, out);
     for (; i + 3 <= n; i += 3, out += 4)
@@ -128,14 +180,14 @@ String Base64Encode(std::vector<unsigned char> const& bytes)
     return text;
 }
 
-void Base64Decode(String const& text, std::vector<unsigned char>& bytes)
+void decode(String const& text, std::vector<unsigned char>& bytes, Kernels const& kernels)
 {
     bytes.clear();
     std::size_t const n = text.Length();
     if (n == 0)
         return;
-    // At most 3 bytes for every 4 characters, plus slack for the 8-byte stores of the fast path.
-    bytes.resize(n / 4 * 3 + 8);
+    // At most 3 bytes for every 4 characters, plus room for the wide stores of the fast paths.
+    bytes.resize(n / 4 * 3 + detail::decodeSlack);
     auto const* in = reinterpret_cast<unsigned char const*>(text.c_str());
     unsigned char* out = bytes.data();
 
@@ -143,21 +195,31 @@ void Base64Decode(String const& text, std::vector<unsigned char>& bytes)
     int gathered = 0;
     std::size_t i = 0;
     while (i < n) {
-        // Whole groups of clean text go eight characters at a time; anything else (skipped
-        // characters, a group begun before them) one character at a time.
-        if (gathered == 0 && i + 8 <= n && decodeEight(in + i, out)) {
-            i += 8;
-            out += 6;
-            continue;
-        }
-        unsigned char const v = values[in[i++]];
-        if (v == invalid)
-            continue;
-        group[gathered++] = v;
-        if (gathered == 4) {
-            decodeblock(group, out);
-            out += 3;
-            gathered = 0;
+        // The bulk kernel takes clean text from a group boundary on. Whatever stopped it (a
+        // skipped character, a short tail) goes one character at a time, or eight where a whole
+        // group of eight is clean, until that character is behind us and a group is complete
+        // again, so that the kernel always starts on a boundary.
+        std::size_t const done = kernels.decode(in + i, n - i, out);
+        i += done;
+        out += done / 4 * 3;
+        bool skipped = false;
+        while (i < n && !(skipped && gathered == 0)) {
+            if (gathered == 0 && i + 8 <= n && decodeEight(in + i, out)) {
+                i += 8;
+                out += 6;
+                continue;
+            }
+            unsigned char const v = values[in[i++]];
+            if (v == invalid) {
+                skipped = true;
+                continue;
+            }
+            group[gathered++] = v;
+            if (gathered == 4) {
+                decodeblock(group, out);
+                out += 3;
+                gathered = 0;
+            }
         }
     }
     if (gathered >= 2) {
@@ -170,5 +232,27 @@ void Base64Decode(String const& text, std::vector<unsigned char>& bytes)
     }
     bytes.resize(static_cast<std::size_t>(out - bytes.data()));
 }
+
+} // namespace
+
+String Base64Encode(std::vector<unsigned char> const& bytes) { return encode(bytes, chosen); }
+
+void Base64Decode(String const& text, std::vector<unsigned char>& bytes) { decode(text, bytes, chosen); }
+
+namespace detail {
+
+bool Base64PathAvailable(Base64Path path) { return available(path); }
+
+String Base64Encode(std::vector<unsigned char> const& bytes, Base64Path path)
+{
+    return encode(bytes, kernelsFor(available(path) ? path : Base64Path::Scalar));
+}
+
+void Base64Decode(String const& text, std::vector<unsigned char>& bytes, Base64Path path)
+{
+    decode(text, bytes, kernelsFor(available(path) ? path : Base64Path::Scalar));
+}
+
+} // namespace detail
 
 } // namespace Cordel::Util

@@ -148,8 +148,13 @@ private:
     unsigned char* claim(unsigned int count)
     {
         std::uint64_t const end = std::uint64_t(position) + count;
-        if (end > data.size())
-            extendTo(end);
+        if (end > data.size()) {
+            // Within the reserved room the vector only grows its size: no call, no check.
+            if (end <= data.capacity())
+                data.resize(static_cast<std::size_t>(end));
+            else
+                extendTo(end);
+        }
         unsigned char* at = data.data() + position;
         position = static_cast<unsigned int>(end);
         return at;

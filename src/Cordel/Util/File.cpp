@@ -7,6 +7,8 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <cstddef>
+#include <cstring>
 #include <string>
 
 namespace Cordel::Util {
@@ -70,6 +72,29 @@ BaseMode baseMode(unsigned int mode)
     if ((mode & File::ModeRead) == 0 || (mode & File::ModeKeep))
         return ModeWPlus;
     return (mode & File::ModeAppend) ? ModeAPlus : ModeRPlus;
+}
+
+// Streams of single values move a few bytes per call, and a call through fread or fwrite costs
+// more than the copy. While the block fits in what the stdio buffer holds, copy it there directly,
+// as getc_unlocked and putc_unlocked do byte by byte; otherwise let the C library refill or flush.
+std::size_t readBlock(std::FILE* f, char* dest, unsigned int count)
+{
+    if (f->_IO_read_end - f->_IO_read_ptr >= static_cast<std::ptrdiff_t>(count)) {
+        std::memcpy(dest, f->_IO_read_ptr, count);
+        f->_IO_read_ptr += count;
+        return count;
+    }
+    return ::fread_unlocked(dest, 1, count, f);
+}
+
+std::size_t writeBlock(std::FILE* f, char const* src, unsigned int count)
+{
+    if (f->_IO_write_end - f->_IO_write_ptr >= static_cast<std::ptrdiff_t>(count)) {
+        std::memcpy(f->_IO_write_ptr, src, count);
+        f->_IO_write_ptr += count;
+        return count;
+    }
+    return ::fwrite_unlocked(src, 1, count, f);
 }
 
 } // namespace
@@ -190,7 +215,7 @@ void File::ReadBlock(char* dest, unsigned int count)
                  FileIO::ReadError, lineReadText);
         return;
     }
-    std::size_t const got = ::fread_unlocked(dest, 1, count, handle);
+    std::size_t const got = readBlock(handle, dest, count);
     if (got < count)
         fail(String("Attempt to read %1 bytes, only read %2 bytes").Arg(count).Arg(static_cast<unsigned long long>(got)),
              path, FileIO::ReadError, lineReadBinary);
@@ -207,7 +232,7 @@ void File::WriteBlock(char const* src, unsigned int count)
         return;
     if (!handle)
         fail(String("Attempt to write %1 bytes when not open").Arg(count), path, FileIO::WriteError, lineWriteClosed);
-    std::size_t const put = ::fwrite_unlocked(src, 1, count, handle);
+    std::size_t const put = writeBlock(handle, src, count);
     if (put < count)
         fail(String("Attempt to write %1 bytes, only wrote %2 bytes").Arg(count).Arg(static_cast<unsigned long long>(put)),
              path, FileIO::WriteError, lineWrite);

@@ -6,6 +6,7 @@
 #include <algorithm>
 #include <cstdint>
 #include <cstring>
+#include <string>
 #include <type_traits>
 
 namespace Cordel::Util {
@@ -108,13 +109,16 @@ DataStream& FileStream::operator>>(String& v)
     *this >> length;
     if (length > maximumStringLength)
         fail(String("Improbable string length %1").Arg(length), CORDEL_HERE);
-    std::string bytes(length, '\0');
+    // Most strings are short names: read those on the stack and allocate once, for the String.
+    char small[256];
+    std::string large;
+    char* const bytes = length <= sizeof small ? small : (large.resize(length), large.data());
     try {
-        file.ReadBlock(bytes.data(), length);
+        file.ReadBlock(bytes, length);
     } catch (Cordel::Exception::Base const& e) {
         fail(String("Can't extract string: %2").Arg(e.ToString()), CORDEL_HERE);
     }
-    v = String(std::string_view(bytes));
+    v = String(std::string_view(bytes, length));
     return *this;
 }
 

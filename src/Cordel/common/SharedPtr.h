@@ -3,6 +3,7 @@
 // pointer to a separately allocated 32-bit count that starts at 1, even for a null object.
 // The count is a plain integer on purpose: a handle and its copies belong to one thread.
 // T may be an array type U[], which is released with delete[].
+// A moved-from handle holds neither pointer; it may be assigned to, reset or destroyed.
 
 #include <cstdint>
 #include <type_traits>
@@ -17,17 +18,32 @@ public:
 
     shared_ptr() : object(nullptr), count(new std::uint32_t(1)) {}
     explicit shared_ptr(element_type* p) : object(p), count(new std::uint32_t(1)) {}
-    shared_ptr(shared_ptr const& other) : object(other.object), count(other.count) { ++*count; }
+    shared_ptr(shared_ptr const& other) : object(other.object), count(other.count)
+    {
+        if (count)
+            ++*count;
+    }
+    shared_ptr(shared_ptr&& other) noexcept : object(other.object), count(other.count)
+    {
+        other.object = nullptr;
+        other.count = nullptr;
+    }
     ~shared_ptr() { release(); }
 
     shared_ptr& operator=(shared_ptr const& other)
     {
         if (count != other.count) {
-            ++*other.count;
+            if (other.count)
+                ++*other.count;
             release();
             object = other.object;
             count = other.count;
         }
+        return *this;
+    }
+    shared_ptr& operator=(shared_ptr&& other) noexcept
+    {
+        swap(other);
         return *this;
     }
 
@@ -37,8 +53,8 @@ public:
     element_type& operator[](std::size_t i) const { return object[i]; }
     explicit operator bool() const { return object != nullptr; }
 
-    std::uint32_t use_count() const { return *count; }
-    bool unique() const { return *count == 1; }
+    std::uint32_t use_count() const { return count ? *count : 0; }
+    bool unique() const { return count && *count == 1; }
     // The address of the count cell; lets callers observe whether a cell was reused.
     std::uint32_t const* count_cell() const { return count; }
 
@@ -47,7 +63,9 @@ public:
     // gets a fresh cell.
     void reset(element_type* p)
     {
-        if (--*count == 0) {
+        if (!count) {
+            count = new std::uint32_t(1);
+        } else if (--*count == 0) {
             destroy(object);
             *count = 1;
         } else {
@@ -72,7 +90,7 @@ private:
     }
     void release()
     {
-        if (--*count == 0) {
+        if (count && --*count == 0) {
             destroy(object);
             delete count;
         }

@@ -373,7 +373,7 @@ String String::argViewInPlace(std::string_view a)
         t.append(a);
     else
         t.replace(p, 2, a);
-    return *this;
+    return std::move(*this);
 }
 
 String String::Arg(String const& a) const& { return argView(a.View()); }

@@ -33,7 +33,7 @@ public:
 
     String();
     String(char const* text);
-    String(std::string_view text);
+    explicit String(std::string_view text);
     // 8-bit text in the given encoding. The stored text is bytes without interpretation, so the
     // bytes are kept as they are whatever the selector.
     String(char const* text, unsigned int encoding);
@@ -41,7 +41,9 @@ public:
     // null or empty, holds 100000 units or more without a terminator, or does not convert.
     String(unsigned short const* utf16, unsigned int encoding);
     String(String const& other) = default;
+    String(String&& other) noexcept = default;
     String& operator=(String const& other) = default;
+    String& operator=(String&& other) noexcept = default;
     String& operator=(char const* text);
     ~String() = default;
 

@@ -79,15 +79,15 @@ FloatText formatFloating(double v, unsigned int precision, char format)
     case 'f': case 'F': case 'e': case 'E': case 'g': case 'G': break;
     default: format = 'f';
     }
-    char spec[8];
+    char pattern[8];
     if (precision == String::NoPrecision)
-        std::snprintf(spec, sizeof spec, "%%%c", format);
+        std::snprintf(pattern, sizeof pattern, "%%%c", format);
     else
-        std::snprintf(spec, sizeof spec, "%%.%u%c", precision > 99 ? 99u : precision, format);
+        std::snprintf(pattern, sizeof pattern, "%%.%u%c", precision > 99 ? 99u : precision, format);
     FloatText t;
 #pragma GCC diagnostic push
 #pragma GCC diagnostic ignored "-Wformat-nonliteral"
-    t.length = std::snprintf(t.buffer, sizeof t.buffer, spec, v);
+    t.length = std::snprintf(t.buffer, sizeof t.buffer, pattern, v);
 #pragma GCC diagnostic pop
     return t;
 }

@@ -4,6 +4,8 @@
 #include <Cordel/Util/detail/Throw.h>
 
 #include <algorithm>
+#include <cstdint>
+#include <cstring>
 
 namespace Cordel::Audio::Decode {
 
@@ -39,6 +41,7 @@ void PCMDecoder::beginSync()
     samplePos = 0;
     numSampleFrames = 0;
     dataStart = 0;
+    filePosition = {};
     format = WaveFormat();
     coding = SampleCoding();
     applicationChunks.clear();
@@ -48,6 +51,7 @@ WaveFormat PCMDecoder::finishSync(unsigned int start, unsigned int dataBytes)
 {
     dataStart = start;
     file.At(dataStart);
+    filePosition = dataStart;
     numSampleFrames = format.BytesPerFrame() ? dataBytes / format.BytesPerFrame() : 0;
     synced = true;
     return format;
@@ -68,6 +72,7 @@ void PCMDecoder::Seek(unsigned int frame)
     if (frame > numSampleFrames)
         fail(String("Seek to %1, total sample frames %2").Arg(frame).Arg(numSampleFrames), CORDEL_HERE);
     file.At(dataStart + frame * format.BytesPerFrame());
+    filePosition = dataStart + frame * format.BytesPerFrame();
     samplePos = frame;
 }
 
@@ -76,9 +81,15 @@ void PCMDecoder::ReadRawInterleaved(unsigned int frames, unsigned char* out, uns
     requireSynced("ReadRawInterleaved", frames);
     unsigned int const n = std::min(frames, numSampleFrames - samplePos);
     if (n) {
-        // Position first: fetching a chunk may have moved the file elsewhere.
-        file.At(dataStart + samplePos * format.BytesPerFrame());
+        // Position first: fetching a chunk may have moved the file elsewhere. A seek costs a
+        // system call and empties the stream's buffer, so it is skipped when the file is known
+        // to be where the samples continue.
+        unsigned int const position = dataStart + samplePos * format.BytesPerFrame();
+        if (!filePosition.IsSet() || filePosition.Get() != position)
+            file.At(position);
+        filePosition = {};
         file.ReadBlock(reinterpret_cast<char*>(out), n * format.BytesPerFrame());
+        filePosition = position + n * format.BytesPerFrame();
     }
     samplePos += n;
     framesRead = n;
@@ -116,6 +127,8 @@ unsigned int PCMDecoder::readForConversion(unsigned int frames, Target target, c
 
 void PCMDecoder::rawToFloat(unsigned int samples, float* out)
 {
+    if (!samples)
+        return; // the buffers of an empty read may be null, which memcpy may not be handed
     unsigned char const* raw = rawBuffer.data();
     switch (format.isFloat ? 0 : format.bytesPerSample) {
     case 0: std::memcpy(out, raw, std::size_t(samples) * 4); break;
@@ -128,6 +141,8 @@ void PCMDecoder::rawToFloat(unsigned int samples, float* out)
 
 void PCMDecoder::rawToInt16(unsigned int samples, short* out)
 {
+    if (!samples)
+        return; // as in rawToFloat
     if (!format.isFloat && format.bytesPerSample == 2) {
         std::memcpy(out, rawBuffer.data(), std::size_t(samples) * 2);
         return;
@@ -140,6 +155,11 @@ void PCMDecoder::rawToInt16(unsigned int samples, short* out)
 
 void PCMDecoder::ReadFloatInterleaved(unsigned int frames, float* out, unsigned int& framesRead)
 {
+    if (synced && format.isFloat && format.bytesPerSample == 4 && !coding.bigEndian) {
+        // Already in the wanted form: straight into the caller's buffer.
+        ReadRawInterleaved(frames, reinterpret_cast<unsigned char*>(out), framesRead);
+        return;
+    }
     framesRead = readForConversion(frames, Target::Float, "ReadFloatInterleaved");
     rawToFloat(framesRead * format.numChannels, out);
 }
@@ -165,6 +185,10 @@ void PCMDecoder::ReadFloatInterleaved(unsigned int frames, double* out, unsigned
 
 void PCMDecoder::ReadInt16Interleaved(unsigned int frames, short* out, unsigned int& framesRead)
 {
+    if (synced && !format.isFloat && format.bytesPerSample == 2 && !coding.bigEndian) {
+        ReadRawInterleaved(frames, reinterpret_cast<unsigned char*>(out), framesRead); // as for float files
+        return;
+    }
     framesRead = readForConversion(frames, Target::Int16, "ReadInt16Interleaved");
     rawToInt16(framesRead * format.numChannels, out);
 }
@@ -213,6 +237,7 @@ void PCMDecoder::fetchChunk(std::vector<ApplicationChunkInfo> const& list, unsig
     if (it == list.end() || !file.IsOpen())
         return;
     data.resize(it->size); // the size was checked against the file when the chunk was listed
+    filePosition = {};
     file.At(it->position);
     if (it->size)
         file.ReadBlock(data);
@@ -231,6 +256,7 @@ void PCMDecoder::GetApplicationChunk(unsigned int id, std::vector<unsigned char>
 void PCMDecoder::Close()
 {
     synced = false;
+    filePosition = {};
     if (file.IsOpen())
         file.Close();
 }

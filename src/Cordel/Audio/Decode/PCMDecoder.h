@@ -47,14 +47,16 @@ public:
     FilePath GetPath() const { return file.GetPath(); }
     std::vector<ApplicationChunkInfo> const& GetApplicationChunks() const { return applicationChunks; }
 
-protected:
-    explicit PCMDecoder(FilePath const& path);
-
     // How integer samples lie in the file; floats are always IEEE.
     struct SampleCoding {
         bool bigEndian = false;
         bool signedBytes = false; // 8-bit samples are signed (else offset by 128)
     };
+    // What a caller of ReadRawInterleaved needs to make sense of the bytes.
+    SampleCoding GetSampleCoding() const { return coding; }
+
+protected:
+    explicit PCMDecoder(FilePath const& path);
 
     // Resets the state before a new parse.
     void beginSync();
@@ -84,6 +86,9 @@ private:
     unsigned int samplePos = 0;
     unsigned int numSampleFrames = 0;
     unsigned int dataStart = 0;
+    // Where the file stands when that is known: after our own seeks and sample reads, not after
+    // a chunk fetch, a failed read or a header parse.
+    checked_value<unsigned int> filePosition;
     aligned_vector<unsigned char> rawBuffer;
     aligned_vector<unsigned char> convertBuffer;
 };

@@ -4,6 +4,8 @@
 #include <Cordel/Util/detail/Throw.h>
 
 #include <algorithm>
+#include <cstdint>
+#include <cstring>
 
 namespace Cordel::Audio::Encode {
 

@@ -107,7 +107,8 @@ void Decoder::parseCommonChunk(unsigned int size, bool compressed)
     double const rate = detail::extendedToDouble(c + 8);
     if (channels == 0)
         fail(String("Bad number of channels: %1").Arg(channels), CORDEL_HERE);
-    if (!(rate >= 1.0 && rate < 4294967296.0))
+    // The bound keeps the rounded rate inside 32 bits.
+    if (!(rate >= 1.0 && rate < 4294967295.5))
         fail(String("Bad sampling rate: %1").Arg(rate, 0), CORDEL_HERE);
     format.numChannels = channels;
     format.sampleRate = static_cast<unsigned int>(std::lround(rate));

@@ -27,6 +27,9 @@ public:
     bool ContainsChunk(unsigned int id) const override { return isListed(chunks, id); }
     void GetChunk(unsigned int id, std::vector<unsigned char>& data) override { fetchChunk(chunks, id, data); }
 
+    // The top-level chunks other than COMM and SSND, as listed by the last Sync.
+    std::vector<ApplicationChunkInfo> const& GetChunks() const { return chunks; }
+
     // At least 12 bytes, "FORM" at 0 and "AIFF" at 8.
     static bool IsFile(std::vector<unsigned char> const& head);
 

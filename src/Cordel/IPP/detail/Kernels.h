@@ -1,0 +1,35 @@
+#pragma once
+// The table of hot loops, one instance per instruction set, and the instance in use.
+
+namespace Cordel::IPP::detail {
+
+struct Kernels {
+    void (*addFloat)(unsigned int n, float const* a, float const* b, float* dst);
+    void (*addDouble)(unsigned int n, double const* a, double const* b, double* dst);
+    void (*mulConstantFloat)(unsigned int n, float const* src, float* dst, float c);
+    void (*mulConstantDouble)(unsigned int n, double const* src, double* dst, double c);
+    void (*addProductFloat)(unsigned int n, float const* a, float const* b, float* srcDst);
+    void (*shortToFloat)(unsigned int n, short const* src, float* dst, float factor);
+    void (*floatToShort)(unsigned int n, float const* src, short* dst, float multiplier, float bias);
+    void (*intToFloat)(unsigned int n, int const* src, float* dst);
+    void (*floatToInt)(unsigned int n, float const* src, int* dst, double multiplier, bool round);
+    void (*interleaveShort)(unsigned int n, short const* left, short const* right, short* dst);
+    void (*interleaveFloat)(unsigned int n, float const* left, float const* right, float* dst);
+    void (*deinterleaveShort)(unsigned int n, short const* src, short* left, short* right);
+    void (*deinterleaveFloat)(unsigned int n, float const* src, float* left, float* right);
+    float (*maxFloat)(unsigned int n, float const* x);
+    double (*maxDouble)(unsigned int n, double const* x);
+    float (*minFloat)(unsigned int n, float const* x);
+    double (*minDouble)(unsigned int n, double const* x);
+};
+
+extern Kernels const baselineKernels;
+extern Kernels const avx2Kernels;
+extern Kernels const avx512Kernels;
+
+// Never null: it points at the baseline table until the library's load-time selection runs.
+extern Kernels const* activeKernels;
+
+inline Kernels const& kernels() { return *activeKernels; }
+
+} // namespace Cordel::IPP::detail

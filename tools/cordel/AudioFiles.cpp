@@ -1,0 +1,119 @@
+#include "AudioFiles.h"
+
+#include <Cordel/Audio/Encode/AIFF/Encoder.h>
+#include <Cordel/Audio/Encode/WAV/Encoder.h>
+
+#include <cerrno>
+#include <cstdio>
+#include <cstring>
+#include <unistd.h>
+
+using namespace Cordel;
+
+namespace CordelTool {
+
+void FailFile(String const& path, String const& reason)
+{
+    throw Exception::Base(String("%1: %2").Arg(path).Arg(reason));
+}
+
+AudioInput OpenAudioFile(String const& path)
+{
+    // The library says only that the file did not open; the system knows why.
+    if (::access(path.c_str(), R_OK) != 0)
+        FailFile(path, std::strerror(errno));
+    return AboutFile(path, [&] {
+        AudioInput input{path, Audio::Decode::Stream::Instantiate(FilePath(path)), nullptr, {}};
+        input.decoder = dynamic_cast<Audio::Decode::PCMDecoder*>(input.stream.get());
+        if (!input.decoder)
+            FailFile(path, "not a WAV or AIFF file");
+        input.format = input.stream->Sync();
+        return input;
+    });
+}
+
+Container ChooseContainer(Util::TextArg const& option, String const& path)
+{
+    String const name = option.IsSet() ? option.Get().ToLower() : FilePath(path, false).GetExtension().ToLower();
+    if (name == "wav" || name == "wave")
+        return Container::WAV;
+    if (name == "aif" || name == "aiff" || name == "aifc")
+        return Container::AIFF;
+    if (option.IsSet())
+        throw Util::CommandLine::Error(String("--format must be wav or aiff, not '%1'").Arg(option.Get()));
+    throw Util::CommandLine::Error(String("can't tell the format of '%1' from its extension; give --format").Arg(path));
+}
+
+char const* ContainerName(Container container)
+{
+    return container == Container::WAV ? "WAV" : "AIFF";
+}
+
+std::unique_ptr<Audio::Encode::PCMEncoder> MakeWriter(Container container, String const& path,
+                                                      Audio::WaveFormat const& format)
+{
+    if (container == Container::WAV)
+        return std::make_unique<Audio::Encode::WAV::Encoder>(FilePath(path), format);
+    return std::make_unique<Audio::Encode::AIFF::Encoder>(FilePath(path), format);
+}
+
+void ApplySampleOptions(Util::IntArg const& bits, Util::FlagArg const& isFloat, Audio::WaveFormat& format)
+{
+    if (isFloat.Get()) {
+        if (bits.IsSet() && bits.Get() != 32)
+            throw Util::CommandLine::Error("--float takes 32 bits");
+        format.isFloat = true;
+        format.bytesPerSample = 4;
+        return;
+    }
+    if (bits.IsSet()) {
+        if (bits.Get() != 16 && bits.Get() != 24 && bits.Get() != 32)
+            throw Util::CommandLine::Error(String("--bits must be 16, 24 or 32, not %1").Arg(bits.Get()));
+        format.isFloat = false;
+        format.bytesPerSample = static_cast<unsigned int>(bits.Get() / 8);
+    }
+}
+
+void CheckDataSize(String const& path, unsigned long long frames, Audio::WaveFormat const& format)
+{
+    // Room for the header and a few chunks under the 32-bit file size.
+    constexpr unsigned long long limit = 0xFFFFFFFFull - 65536;
+    if (frames * format.BytesPerFrame() > limit)
+        FailFile(path, String("%1 frames of %2 bytes are more than a 4 GiB file holds")
+                           .Arg(frames)
+                           .Arg(format.BytesPerFrame()));
+}
+
+OutputGuard::~OutputGuard()
+{
+    if (!keep)
+        ::unlink(path.c_str()); // never a folder, unlike remove()
+}
+
+Progress::Progress(String const& label, unsigned long long total)
+    : label(label), total(total), enabled(::isatty(STDERR_FILENO) == 1)
+{
+}
+
+Progress::~Progress()
+{
+    if (enabled && shownPercent >= 0)
+        std::fputs("\n", stderr);
+}
+
+void Progress::Update(unsigned long long done)
+{
+    if (!enabled)
+        return;
+    int const percent = total ? static_cast<int>(done * 100 / total) : 100;
+    if (percent == shownPercent)
+        return;
+    shownPercent = percent;
+    constexpr int width = 40;
+    int const filled = percent * width / 100;
+    std::fprintf(stderr, "\r%s [%.*s%*s] %3d%%", label.c_str(), filled, "########################################",
+                 width - filled, "", percent);
+    std::fflush(stderr);
+}
+
+} // namespace CordelTool

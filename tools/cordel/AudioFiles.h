@@ -1,0 +1,87 @@
+#pragma once
+// What the audio commands share: failures that name their file, the choice of writer, the
+// sample format options and a progress bar.
+
+#include <Cordel/Audio/Decode/PCMDecoder.h>
+#include <Cordel/Audio/Encode/PCMEncoder.h>
+#include <Cordel/Util/CommandLine.h>
+#include <Cordel/common/String.h>
+
+#include <memory>
+
+namespace CordelTool {
+
+// Throws Exception::Base with the text "<path>: <reason>", which the tool reports with exit 1.
+[[noreturn]] void FailFile(Cordel::String const& path, Cordel::String const& reason);
+
+// Runs work and turns a library failure into one that names the file.
+template <typename Work>
+auto AboutFile(Cordel::String const& path, Work&& work) -> decltype(work())
+{
+    try {
+        return work();
+    } catch (Cordel::Util::CommandLine::Error const&) {
+        throw;
+    } catch (Cordel::Exception::Base const& e) {
+        FailFile(path, e.GetMessage());
+    }
+}
+
+// A synced reader for a WAV or AIFF file, picked by the library's factory.
+struct AudioInput {
+    Cordel::String path;
+    Cordel::shared_ptr<Cordel::Audio::Decode::Stream> stream;
+    Cordel::Audio::Decode::PCMDecoder* decoder; // the same reader, for its chunk lists and sample coding
+    Cordel::Audio::WaveFormat format;
+};
+AudioInput OpenAudioFile(Cordel::String const& path);
+
+enum class Container { WAV, AIFF };
+
+// The --format option, else the output's extension ("wav", "aif", "aiff", "aifc").
+Container ChooseContainer(Cordel::Util::TextArg const& option, Cordel::String const& path);
+char const* ContainerName(Container container);
+
+// The writer for a file; nothing touches the disk before Open.
+std::unique_ptr<Cordel::Audio::Encode::PCMEncoder> MakeWriter(Container container, Cordel::String const& path,
+                                                              Cordel::Audio::WaveFormat const& format);
+
+// The --bits and --float options: 16, 24 or 32-bit integers, or 32-bit float. Unset options keep
+// what format already holds. Throws CommandLine::Error for a combination no writer offers.
+void ApplySampleOptions(Cordel::Util::IntArg const& bits, Cordel::Util::FlagArg const& isFloat,
+                        Cordel::Audio::WaveFormat& format);
+
+// Throws when frames of the format would not fit the 32-bit sizes of the sample data chunk.
+void CheckDataSize(Cordel::String const& path, unsigned long long frames, Cordel::Audio::WaveFormat const& format);
+
+// Removes a half-written output after a failure, unless disarmed.
+class OutputGuard {
+public:
+    explicit OutputGuard(Cordel::String const& path) : path(path) {}
+    ~OutputGuard();
+    OutputGuard(OutputGuard const&) = delete;
+    OutputGuard& operator=(OutputGuard const&) = delete;
+    void Keep() { keep = true; }
+
+private:
+    Cordel::String path;
+    bool keep = false;
+};
+
+// A bar on standard error, drawn only when standard error is a terminal.
+class Progress {
+public:
+    Progress(Cordel::String const& label, unsigned long long total);
+    ~Progress();
+    Progress(Progress const&) = delete;
+    Progress& operator=(Progress const&) = delete;
+    void Update(unsigned long long done);
+
+private:
+    Cordel::String label;
+    unsigned long long total;
+    int shownPercent = -1;
+    bool enabled;
+};
+
+} // namespace CordelTool
