@@ -3,7 +3,10 @@
 Cordel row's ratio against the peers of the same case; or assembles every table into RESULTS.md.
 
 A benchmark names its rows "<case>/<who>[/<args>]": rows with the same case and arguments are
-compared, and "Cordel" (or any name starting with it) is the one the ratios are about."""
+compared, and "Cordel" (or any name starting with it) is the one the ratios are about.
+Times are CPU times, which a busy machine disturbs less than wall-clock times; rows measured in
+wall-clock time on purpose (Google Benchmark's UseRealTime, a name ending in "/real_time", as
+for work spread over threads) keep their wall-clock time."""
 import datetime
 import json
 import os
@@ -29,6 +32,8 @@ def run(name, program):
     out = subprocess.run([program, "--benchmark_repetitions=5", "--benchmark_report_aggregates_only=true",
                           "--benchmark_format=json"], check=True, capture_output=True, text=True).stdout
     rows = [b for b in json.loads(out)["benchmarks"] if b.get("aggregate_name") == "median"]
+    for b in rows:
+        b["time"] = b["real_time"] if b["run_name"].endswith("/real_time") else b["cpu_time"]
     groups = {}
     for b in rows:
         parts = b["run_name"].split("/")
@@ -42,7 +47,7 @@ def run(name, program):
     for (case, args), members in groups.items():
         ours = [b for who, b in members if who.startswith("Cordel")]
         for who, b in members:
-            t = f'{b["real_time"]:.4g} {b["time_unit"]}'
+            t = f'{b["time"]:.4g} {b["time_unit"]}'
             rate = ""
             if "bytes_per_second" in b:
                 rate = f'{b["bytes_per_second"] / 2**20:.1f} MiB/s'
@@ -50,7 +55,7 @@ def run(name, program):
                 rate = f'{b["items_per_second"] / 1e6:.2f} M/s'
             ratio = ""
             if ours and not who.startswith("Cordel"):
-                ratio = f'{b["real_time"] / ours[0]["real_time"]:.2f}x'
+                ratio = f'{b["time"] / ours[0]["time"]:.2f}x'
             print(f"| {case} | {args} | {who} | {t} | {rate} | {ratio} |")
     print()
 
