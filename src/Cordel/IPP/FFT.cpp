@@ -18,46 +18,29 @@ bool isWorkaroundOrder(unsigned int order)
     return order < 2 || order > 13;
 }
 
-float* allocate(float*, unsigned int n)
-{
-    return Malloc_Float(n);
-}
-
-double* allocate(double*, unsigned int n)
-{
-    return Malloc_Double(n);
-}
-
 } // namespace
 
-// Common to the six states: the fast engine's plan and working pair, or the portable engine.
+// Common to the six states: the fast engine (which holds its own working buffers) or the
+// portable one.
 template <typename T, typename Engine, FftMode mode>
 struct FFTStateOf {
     unsigned int order = 0;
     unsigned int n = 0;
     Engine* setup = nullptr;
-    T* workRe = nullptr;
-    T* workIm = nullptr;
     FftImpl<T>* impl = nullptr;
 
     explicit FFTStateOf(unsigned int o) : order(o), n(1u << o)
     {
-        if (isWorkaroundOrder(order)) {
+        if (isWorkaroundOrder(order))
             impl = new FftImpl<T>(mode, n);
-            return;
-        }
-        setup = new Engine(order);
-        unsigned int const pairs = mode == FftMode::Real ? n / 2 + 1 : n + 1;
-        workRe = allocate(workRe, pairs);
-        workIm = allocate(workIm, pairs);
+        else
+            setup = new Engine(order);
     }
     FFTStateOf(FFTStateOf const&) = delete;
     FFTStateOf& operator=(FFTStateOf const&) = delete;
     ~FFTStateOf()
     {
         delete setup;
-        Free(workRe);
-        Free(workIm);
         delete impl;
     }
 };
@@ -103,7 +86,7 @@ void forwardReal(T const* in, T* out, State* s)
     if (s->impl != nullptr)
         s->impl->ForwardReal(in, out);
     else
-        s->setup->Forward(in, out, s->workRe, s->workIm);
+        s->setup->Forward(in, out);
 }
 
 template <typename T, typename State>
@@ -112,7 +95,7 @@ void inverseReal(T const* in, T* out, State* s)
     if (s->impl != nullptr)
         s->impl->InverseReal(in, out);
     else
-        s->setup->Inverse(in, out, s->workRe, s->workIm);
+        s->setup->Inverse(in, out);
 }
 
 template <typename T, typename C, typename State>
@@ -123,7 +106,7 @@ void forwardInterleaved(C const* in, C* out, State* s)
     if (s->impl != nullptr)
         s->impl->ForwardComplex(i, o);
     else
-        s->setup->ForwardInterleaved(i, o, s->workRe, s->workIm);
+        s->setup->ForwardInterleaved(i, o);
 }
 
 template <typename T, typename C, typename State>
@@ -134,7 +117,7 @@ void inverseInterleaved(C const* in, C* out, State* s)
     if (s->impl != nullptr)
         s->impl->InverseComplex(i, o);
     else
-        s->setup->InverseInterleaved(i, o, s->workRe, s->workIm);
+        s->setup->InverseInterleaved(i, o);
 }
 
 template <typename T, typename State>
@@ -143,7 +126,7 @@ void forwardSplit(T const* re, T const* im, T* reOut, T* imOut, State* s)
     if (s->impl != nullptr)
         s->impl->ForwardDeinterleaved(re, im, reOut, imOut);
     else
-        s->setup->ForwardSplit(re, im, reOut, imOut, s->workRe, s->workIm);
+        s->setup->ForwardSplit(re, im, reOut, imOut);
 }
 
 template <typename T, typename State>
@@ -152,7 +135,7 @@ void inverseSplit(T const* re, T const* im, T* reOut, T* imOut, State* s)
     if (s->impl != nullptr)
         s->impl->InverseDeinterleaved(re, im, reOut, imOut);
     else
-        s->setup->InverseSplit(re, im, reOut, imOut, s->workRe, s->workIm);
+        s->setup->InverseSplit(re, im, reOut, imOut);
 }
 
 } // namespace

@@ -1,4 +1,4 @@
-// The fast FFT engine: plans, the drivers around the stages, and the choice of kernels.
+// The fast FFT engine: plans, the drivers around the passes, and the choice of kernels.
 
 #include <Cordel/IPP/detail/FftFast.h>
 #include <Cordel/IPP/detail/FftKernels.h>
@@ -11,6 +11,7 @@ namespace Cordel::IPP::detail {
 
 namespace {
 
+// One lane: the portable kernels, and the ones short transforms fall back to.
 template <typename E>
 struct Scalar {
     using V = E;
@@ -18,205 +19,182 @@ struct Scalar {
     static constexpr unsigned int width = 1;
     static V load(T const* p) { return *p; }
     static void store(T* p, V v) { *p = v; }
+    static V set1(T x) { return x; }
     static V add(V a, V b) { return a + b; }
     static V sub(V a, V b) { return a - b; }
     static V mul(V a, V b) { return a * b; }
     static V fmadd(V a, V b, V c) { return a * b + c; }
     static V fmsub(V a, V b, V c) { return a * b - c; }
+    static V fnmadd(V a, V b, V c) { return c - a * b; }
+    static void deinterleave(V a, V b, V& re, V& im)
+    {
+        re = a;
+        im = b;
+    }
+    static void interleave(V re, V im, V& a, V& b)
+    {
+        a = re;
+        b = im;
+    }
+    static V reverse(V v) { return v; }
 };
 
-template <typename T>
-void deinterleavePortable(unsigned int n, T const* src, T* re, T* im)
+FftKernelSet defaultLimit()
 {
-    for (unsigned int j = 0; j < n; ++j) {
-        re[j] = src[2 * j];
-        im[j] = src[2 * j + 1];
-    }
+    static FftKernelSet const widest = widestFftKernelSet();
+    return widest;
 }
+
+FftKernelSet limit = defaultLimit();
 
 template <typename T>
-FftKernels<T> portableKernels()
-{
-    return {deinterleavePortable<T>, radix2<Scalar<T>>, radix4<Scalar<T>>, nullptr, 0, nullptr, 0};
-}
-
-bool hasAvx2()
-{
-    return __builtin_cpu_supports("avx2") && __builtin_cpu_supports("fma");
-}
-
-bool hasAvx512()
-{
-    return hasAvx2() && __builtin_cpu_supports("avx512f");
-}
-
-template <typename T>
-FftKernels<T> chooseKernels()
-{
-    if (!hasAvx2())
-        return portableKernels<T>();
-    FftKernels<T> k{deinterleaveAvx2, radix2Avx2, radix4Avx2, tailAvx2, sizeof(T) == 4 ? 3u : 2u, nullptr, 0};
-    if (hasAvx512()) {
-        k.radix4Wide = radix4Avx512;
-        k.wideQuarter = sizeof(T) == 4 ? 16 : 8;
-    }
-    return k;
-}
-
-template <typename T>
-FftKernels<T> const& chosenKernels();
+FftKernels<T> const& portable();
 
 template <>
-FftKernels<float> const& chosenKernels<float>()
+FftKernels<float> const& portable<float>()
 {
-    return fftKernelsFloat();
+    return fftPortableFloat;
 }
 
 template <>
-FftKernels<double> const& chosenKernels<double>()
+FftKernels<double> const& portable<double>()
 {
-    return fftKernelsDouble();
+    return fftPortableDouble;
 }
 
-// Transforms shorter than one register's worth of points run on the scalar stages.
+// The widest allowed set whose registers fit a quarter of the transform, since a pass takes
+// one register from each quarter.
 template <typename T>
-FftKernels<T> const& kernelsFor(unsigned int order)
+FftKernels<T> const& kernelsFor(unsigned int size)
 {
-    static FftKernels<T> const portable = portableKernels<T>();
-    FftKernels<T> const& chosen = chosenKernels<T>();
-    return chosen.tail && order >= chosen.tailLog ? chosen : portable;
-}
-
-// Twiddles in double for both precisions: the tables are small and made once.
-template <typename T>
-void appendPowers(aligned_vector<T>& table, unsigned int count, unsigned int span, unsigned int power)
-{
-    std::size_t const at = table.size();
-    table.resize(at + 2 * std::size_t{count});
-    for (unsigned int j = 0; j < count; ++j) {
-        double const angle = -2.0 * std::numbers::pi * double(j) * power / span;
-        table[at + j] = static_cast<T>(std::cos(angle));
-        table[at + count + j] = static_cast<T>(std::sin(angle));
+    for (FftKernelSet set : {FftKernelSet::AVX512, FftKernelSet::AVX2}) {
+        if (set > limit)
+            continue;
+        FftKernels<T> const& k = fftKernels(set, static_cast<T*>(nullptr));
+        if (size / 4 >= k.width)
+            return k;
     }
+    return portable<T>();
 }
 
 } // namespace
 
-FftKernels<float> const& fftKernelsFloat()
+FftKernels<float> const fftPortableFloat = stages::kernels<Scalar<float>>();
+FftKernels<double> const fftPortableDouble = stages::kernels<Scalar<double>>();
+
+FftKernelSet widestFftKernelSet()
 {
-    static FftKernels<float> const chosen = chooseKernels<float>();
-    return chosen;
+    bool const avx2 = __builtin_cpu_supports("avx2") && __builtin_cpu_supports("fma");
+    if (avx2 && __builtin_cpu_supports("avx512f") && __builtin_cpu_supports("avx512dq")
+        && __builtin_cpu_supports("avx512bw") && __builtin_cpu_supports("avx512vl"))
+        return FftKernelSet::AVX512;
+    return avx2 ? FftKernelSet::AVX2 : FftKernelSet::Portable;
 }
 
-FftKernels<double> const& fftKernelsDouble()
+FftKernelSet fftKernelLimit()
 {
-    static FftKernels<double> const chosen = chooseKernels<double>();
-    return chosen;
+    return limit;
+}
+
+void setFftKernelLimit(FftKernelSet to)
+{
+    limit = to < defaultLimit() ? to : defaultLimit();
+}
+
+FftKernels<float> const& fftKernels(FftKernelSet set, float*)
+{
+    switch (set) {
+    case FftKernelSet::AVX512: return fftAvx512Float;
+    case FftKernelSet::AVX2: return fftAvx2Float;
+    default: return fftPortableFloat;
+    }
+}
+
+FftKernels<double> const& fftKernels(FftKernelSet set, double*)
+{
+    switch (set) {
+    case FftKernelSet::AVX512: return fftAvx512Double;
+    case FftKernelSet::AVX2: return fftAvx2Double;
+    default: return fftPortableDouble;
+    }
+}
+
+// Radix-4 passes from the whole length down, ending with one pass of 4 or 2 points. The
+// twiddles are computed in double for both precisions: the tables are small and made once.
+template <typename T>
+FastFft<T>::FastFft(unsigned int order) : kernels(&kernelsFor<T>(1u << order))
+{
+    unsigned int const size = 1u << order;
+    unsigned int const width = kernels->width;
+    plan.size = size;
+    struct Pending {
+        unsigned int stride, quarter, count;
+    };
+    Pending pending[FftPlan<T>::maxPasses];
+    std::size_t total = 0;
+    unsigned int n = size, s = 1;
+    for (; n > 4; n /= 4, s *= 4) {
+        unsigned int const count = s >= width ? n / 4 : size / 4;
+        pending[plan.passCount] = {s, n / 4, count};
+        plan.passes[plan.passCount++] = {4, s, n / 4, nullptr, count};
+        total += 6 * std::size_t{count};
+    }
+    plan.passes[plan.passCount++] = {n, s, n / 4, nullptr, 0};
+
+    twiddles.resize(total);
+    T* tw = twiddles.data();
+    for (unsigned int k = 0; k + 1 < plan.passCount; ++k) {
+        Pending const& p = pending[k];
+        unsigned int const points = 4 * p.quarter;
+        for (unsigned int j = 0; j < p.count; ++j) {
+            unsigned int const power = p.count == p.quarter ? j : j / p.stride;
+            for (unsigned int r = 1; r <= 3; ++r) {
+                double const angle = -2.0 * std::numbers::pi * double(r * power) / points;
+                tw[(2 * r - 2) * p.count + j] = static_cast<T>(std::cos(angle));
+                tw[(2 * r - 1) * p.count + j] = static_cast<T>(std::sin(angle));
+            }
+        }
+        plan.passes[k].twiddles = tw;
+        tw += 6 * std::size_t{p.count};
+    }
+
+    buffers.resize(4 * std::size_t{size});
+    for (unsigned int b = 0; b < 2; ++b) {
+        plan.re[b] = buffers.data() + 2 * b * std::size_t{size};
+        plan.im[b] = plan.re[b] + size;
+    }
 }
 
 template <typename T>
-FastFft<T>::FastFft(unsigned int order) : size(1u << order), kernels(&kernelsFor<T>(order))
+void FastFft<T>::Run(T const* inRe, T const* inIm, T* outRe, T* outIm, unsigned int flags, T scale) const
 {
-    FftKernels<T> const& k = *kernels;
-    useTail = k.tail != nullptr;
-    unsigned int const tailSpan = useTail ? 1u << k.tailLog : 1u;
-    unsigned int span = size;
-    unsigned int remaining = order - (useTail ? k.tailLog : 0);
-    if (remaining % 2 == 1) {
-        stages.push_back({2, span / 2, twiddles.size()});
-        appendPowers(twiddles, span / 2, span, 1);
-        span /= 2;
-    }
-    for (; span > tailSpan; span /= 4) {
-        unsigned int const q = span / 4;
-        stages.push_back({4, q, twiddles.size()});
-        for (unsigned int power = 1; power <= 3; ++power)
-            appendPowers(twiddles, q, span, power);
-    }
-    reversal.resize(size);
-    for (unsigned int j = 0; j < size; ++j) {
-        unsigned int r = 0;
-        for (unsigned int b = 0; b < order; ++b)
-            r |= ((j >> b) & 1u) << (order - 1 - b);
-        reversal[j] = r;
-    }
-}
-
-template <typename T>
-void FastFft<T>::Run(T* re, T* im) const
-{
-    FftKernels<T> const& k = *kernels;
-    for (Stage const& s : stages) {
-        T const* tw = twiddles.data() + s.twiddle;
-        if (s.radix == 2)
-            k.radix2(re, im, size, s.span, tw);
-        else if (k.radix4Wide && s.span >= k.wideQuarter)
-            k.radix4Wide(re, im, size, s.span, tw);
-        else
-            k.radix4(re, im, size, s.span, tw);
-    }
-    if (useTail)
-        k.tail(re, im, size);
-}
-
-template <typename T>
-void FastFft<T>::Deinterleave(T const* src, T* re, T* im) const
-{
-    kernels->deinterleave(size, src, re, im);
+    kernels->run(plan, inRe, inIm, outRe, outIm, flags, scale);
 }
 
 // The inverse is the forward transform with real and imaginary parts exchanged on the way in
-// and out, which costs nothing on split data.
+// and out, which the first and last passes do as they read and write.
 template <typename T>
-void FastFft<T>::ForwardInterleaved(T const* in, T* out, T* workRe, T* workIm) const
+void FastFft<T>::ForwardInterleaved(T const* in, T* out) const
 {
-    Deinterleave(in, workRe, workIm);
-    Run(workRe, workIm);
-    unsigned int const* rev = reversal.data();
-    for (unsigned int k = 0; k < size; ++k) {
-        out[2 * k] = workRe[rev[k]];
-        out[2 * k + 1] = workIm[rev[k]];
-    }
+    Run(in, nullptr, out, nullptr, fftInInterleaved | fftOutInterleaved, T(1));
 }
 
 template <typename T>
-void FastFft<T>::InverseInterleaved(T const* in, T* out, T* workRe, T* workIm) const
+void FastFft<T>::InverseInterleaved(T const* in, T* out) const
 {
-    Deinterleave(in, workIm, workRe);
-    Run(workRe, workIm);
-    T const scale = T(1) / static_cast<T>(size);
-    unsigned int const* rev = reversal.data();
-    for (unsigned int k = 0; k < size; ++k) {
-        out[2 * k] = workIm[rev[k]] * scale;
-        out[2 * k + 1] = workRe[rev[k]] * scale;
-    }
+    Run(in, nullptr, out, nullptr, fftInInterleaved | fftOutInterleaved | fftInverse, T(1) / static_cast<T>(Size()));
 }
 
 template <typename T>
-void FastFft<T>::ForwardSplit(T const* re, T const* im, T* reOut, T* imOut, T* workRe, T* workIm) const
+void FastFft<T>::ForwardSplit(T const* re, T const* im, T* reOut, T* imOut) const
 {
-    Copy(size, re, workRe);
-    Copy(size, im, workIm);
-    Run(workRe, workIm);
-    unsigned int const* rev = reversal.data();
-    for (unsigned int k = 0; k < size; ++k) {
-        reOut[k] = workRe[rev[k]];
-        imOut[k] = workIm[rev[k]];
-    }
+    Run(re, im, reOut, imOut, 0, T(1));
 }
 
 template <typename T>
-void FastFft<T>::InverseSplit(T const* re, T const* im, T* reOut, T* imOut, T* workRe, T* workIm) const
+void FastFft<T>::InverseSplit(T const* re, T const* im, T* reOut, T* imOut) const
 {
-    Copy(size, im, workRe);
-    Copy(size, re, workIm);
-    Run(workRe, workIm);
-    T const scale = T(1) / static_cast<T>(size);
-    unsigned int const* rev = reversal.data();
-    for (unsigned int k = 0; k < size; ++k) {
-        reOut[k] = workIm[rev[k]] * scale;
-        imOut[k] = workRe[rev[k]] * scale;
-    }
+    Run(re, im, reOut, imOut, fftInverse, T(1) / static_cast<T>(Size()));
 }
 
 template <typename T>
@@ -226,69 +204,31 @@ FastRealFft<T>::FastRealFft(unsigned int order) : length(1u << order), half(orde
     rotation.resize(2 * std::size_t{m});
     for (unsigned int k = 0; k < m; ++k) {
         double const angle = -2.0 * std::numbers::pi * k / length;
-        rotation[2 * k] = static_cast<T>(std::cos(angle));
-        rotation[2 * k + 1] = static_cast<T>(std::sin(angle));
+        rotation[k] = static_cast<T>(std::cos(angle));
+        rotation[m + k] = static_cast<T>(std::sin(angle));
     }
 }
 
-// The n samples are read as n/2 complex values (even samples real, odd imaginary); their
-// transform Z gives X[k] = E + t_k·O with E = (Z[k] + conj Z[m-k])/2, O = (Z[k] - conj Z[m-k])/(2i).
+// The n samples are read as n/2 complex values (even samples real, odd imaginary) by the first
+// pass; the last pass leaves their transform inside for the untangling.
 template <typename T>
-void FastRealFft<T>::Forward(T const* in, T* out, T* workRe, T* workIm) const
+void FastRealFft<T>::Forward(T const* in, T* out) const
 {
     unsigned int const m = length / 2;
-    half.Deinterleave(in, workRe, workIm);
-    half.Run(workRe, workIm);
-    unsigned int const* rev = half.Reversal();
-    T const z0r = workRe[0];
-    T const z0i = workIm[0];
-    for (unsigned int k = 1; k < m; ++k) {
-        unsigned int const a = rev[k];
-        unsigned int const b = rev[m - k];
-        T const zr = workRe[a], zi = workIm[a];
-        T const cr = workRe[b], ci = -workIm[b];
-        T const er = (zr + cr) * T(0.5), ei = (zi + ci) * T(0.5);
-        T const orr = (zi - ci) * T(0.5), oi = (cr - zr) * T(0.5);
-        T const tr = rotation[2 * k], ti = rotation[2 * k + 1];
-        out[2 * k] = er + tr * orr - ti * oi;
-        out[2 * k + 1] = ei + tr * oi + ti * orr;
-    }
-    out[0] = z0r + z0i;
-    out[1] = 0;
-    out[2 * m] = z0r - z0i;
-    out[2 * m + 1] = 0;
+    T* zRe = half.ResultRe();
+    T* zIm = half.ResultIm();
+    half.Run(in, nullptr, zRe, zIm, fftInInterleaved, T(1));
+    half.Kernels().untangle(m, zRe, zIm, rotation.data(), rotation.data() + m, out);
 }
 
-// The mirror of Forward: E and O are recovered from X[k] and conj X[m-k], Z = E + i·O is
-// transformed back (exchanging real and imaginary parts around a forward run), and the
-// complex samples are the even and odd outputs.
 template <typename T>
-void FastRealFft<T>::Inverse(T const* in, T* out, T* workRe, T* workIm) const
+void FastRealFft<T>::Inverse(T const* in, T* out) const
 {
     unsigned int const m = length / 2;
-    // Bin 0 and bin m are real by definition: their imaginary parts are not read.
-    T const x0 = in[0];
-    T const xm = in[2 * m];
-    workIm[0] = x0 + xm;
-    workRe[0] = x0 - xm;
-    for (unsigned int k = 1; k < m; ++k) {
-        T const xr = in[2 * k], xi = in[2 * k + 1];
-        T const cr = in[2 * (m - k)], ci = -in[2 * (m - k) + 1];
-        T const er = xr + cr, ei = xi + ci;
-        T const dr = xr - cr, di = xi - ci;
-        T const tr = rotation[2 * k], ti = -rotation[2 * k + 1];
-        T const orr = dr * tr - di * ti, oi = dr * ti + di * tr;
-        // Z = E + i·O, stored with real and imaginary parts exchanged.
-        workIm[k] = er - oi;
-        workRe[k] = ei + orr;
-    }
-    half.Run(workRe, workIm);
-    unsigned int const* rev = half.Reversal();
-    T const scale = T(1) / static_cast<T>(length);
-    for (unsigned int k = 0; k < m; ++k) {
-        out[2 * k] = workIm[rev[k]] * scale;
-        out[2 * k + 1] = workRe[rev[k]] * scale;
-    }
+    T* zRe = half.SourceRe();
+    T* zIm = half.SourceIm();
+    half.Kernels().tangle(m, in, rotation.data(), rotation.data() + m, zRe, zIm);
+    half.Run(zRe, zIm, out, nullptr, fftOutInterleaved | fftInverse, T(1) / static_cast<T>(length));
 }
 
 template class FastFft<float>;

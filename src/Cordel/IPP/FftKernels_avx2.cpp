@@ -17,11 +17,58 @@ struct F8 {
     static constexpr unsigned int width = 8;
     static V load(T const* p) { return _mm256_loadu_ps(p); }
     static void store(T* p, V v) { _mm256_storeu_ps(p, v); }
+    static V set1(T x) { return _mm256_set1_ps(x); }
     static V add(V a, V b) { return _mm256_add_ps(a, b); }
     static V sub(V a, V b) { return _mm256_sub_ps(a, b); }
     static V mul(V a, V b) { return _mm256_mul_ps(a, b); }
     static V fmadd(V a, V b, V c) { return _mm256_fmadd_ps(a, b, c); }
     static V fmsub(V a, V b, V c) { return _mm256_fmsub_ps(a, b, c); }
+    static V fnmadd(V a, V b, V c) { return _mm256_fnmadd_ps(a, b, c); }
+
+    static void deinterleave(V a, V b, V& re, V& im)
+    {
+        // Within each 128-bit lane first, then the 64-bit halves put back in order.
+        V const r = _mm256_shuffle_ps(a, b, _MM_SHUFFLE(2, 0, 2, 0));
+        V const i = _mm256_shuffle_ps(a, b, _MM_SHUFFLE(3, 1, 3, 1));
+        re = _mm256_castpd_ps(_mm256_permute4x64_pd(_mm256_castps_pd(r), _MM_SHUFFLE(3, 1, 2, 0)));
+        im = _mm256_castpd_ps(_mm256_permute4x64_pd(_mm256_castps_pd(i), _MM_SHUFFLE(3, 1, 2, 0)));
+    }
+
+    static void interleave(V re, V im, V& a, V& b)
+    {
+        V const lo = _mm256_unpacklo_ps(re, im); // pairs 0 1 | 4 5
+        V const hi = _mm256_unpackhi_ps(re, im); // pairs 2 3 | 6 7
+        a = _mm256_permute2f128_ps(lo, hi, 0x20);
+        b = _mm256_permute2f128_ps(lo, hi, 0x31);
+    }
+
+    static V reverse(V v) { return _mm256_permutevar8x32_ps(v, _mm256_setr_epi32(7, 6, 5, 4, 3, 2, 1, 0)); }
+
+    template <unsigned int s>
+    static void interleave4(V& v0, V& v1, V& v2, V& v3)
+    {
+        if constexpr (s == 1) {
+            V const t0 = _mm256_unpacklo_ps(v0, v1), t1 = _mm256_unpackhi_ps(v0, v1);
+            V const t2 = _mm256_unpacklo_ps(v2, v3), t3 = _mm256_unpackhi_ps(v2, v3);
+            // u0 holds column 0 | 4, u1 column 1 | 5, u2 column 2 | 6, u3 column 3 | 7.
+            V const u0 = _mm256_castpd_ps(_mm256_unpacklo_pd(_mm256_castps_pd(t0), _mm256_castps_pd(t2)));
+            V const u1 = _mm256_castpd_ps(_mm256_unpackhi_pd(_mm256_castps_pd(t0), _mm256_castps_pd(t2)));
+            V const u2 = _mm256_castpd_ps(_mm256_unpacklo_pd(_mm256_castps_pd(t1), _mm256_castps_pd(t3)));
+            V const u3 = _mm256_castpd_ps(_mm256_unpackhi_pd(_mm256_castps_pd(t1), _mm256_castps_pd(t3)));
+            v0 = _mm256_permute2f128_ps(u0, u1, 0x20);
+            v1 = _mm256_permute2f128_ps(u2, u3, 0x20);
+            v2 = _mm256_permute2f128_ps(u0, u1, 0x31);
+            v3 = _mm256_permute2f128_ps(u2, u3, 0x31);
+        } else {
+            static_assert(s == 4);
+            V const a = _mm256_permute2f128_ps(v0, v1, 0x20), b = _mm256_permute2f128_ps(v2, v3, 0x20);
+            V const c = _mm256_permute2f128_ps(v0, v1, 0x31), d = _mm256_permute2f128_ps(v2, v3, 0x31);
+            v0 = a;
+            v1 = b;
+            v2 = c;
+            v3 = d;
+        }
+    }
 };
 
 struct D4 {
@@ -30,131 +77,46 @@ struct D4 {
     static constexpr unsigned int width = 4;
     static V load(T const* p) { return _mm256_loadu_pd(p); }
     static void store(T* p, V v) { _mm256_storeu_pd(p, v); }
+    static V set1(T x) { return _mm256_set1_pd(x); }
     static V add(V a, V b) { return _mm256_add_pd(a, b); }
     static V sub(V a, V b) { return _mm256_sub_pd(a, b); }
     static V mul(V a, V b) { return _mm256_mul_pd(a, b); }
     static V fmadd(V a, V b, V c) { return _mm256_fmadd_pd(a, b, c); }
     static V fmsub(V a, V b, V c) { return _mm256_fmsub_pd(a, b, c); }
+    static V fnmadd(V a, V b, V c) { return _mm256_fnmadd_pd(a, b, c); }
+
+    static void deinterleave(V a, V b, V& re, V& im)
+    {
+        re = _mm256_permute4x64_pd(_mm256_unpacklo_pd(a, b), _MM_SHUFFLE(3, 1, 2, 0));
+        im = _mm256_permute4x64_pd(_mm256_unpackhi_pd(a, b), _MM_SHUFFLE(3, 1, 2, 0));
+    }
+
+    static void interleave(V re, V im, V& a, V& b)
+    {
+        V const lo = _mm256_unpacklo_pd(re, im); // pairs 0 | 2
+        V const hi = _mm256_unpackhi_pd(re, im); // pairs 1 | 3
+        a = _mm256_permute2f128_pd(lo, hi, 0x20);
+        b = _mm256_permute2f128_pd(lo, hi, 0x31);
+    }
+
+    static V reverse(V v) { return _mm256_permute4x64_pd(v, _MM_SHUFFLE(0, 1, 2, 3)); }
+
+    template <unsigned int s>
+    static void interleave4(V& v0, V& v1, V& v2, V& v3)
+    {
+        static_assert(s == 1);
+        V const t0 = _mm256_unpacklo_pd(v0, v1), t1 = _mm256_unpackhi_pd(v0, v1);
+        V const t2 = _mm256_unpacklo_pd(v2, v3), t3 = _mm256_unpackhi_pd(v2, v3);
+        v0 = _mm256_permute2f128_pd(t0, t2, 0x20);
+        v1 = _mm256_permute2f128_pd(t1, t3, 0x20);
+        v2 = _mm256_permute2f128_pd(t0, t2, 0x31);
+        v3 = _mm256_permute2f128_pd(t1, t3, 0x31);
+    }
 };
-
-// One radix-2 step inside a register: lanes lo and hi combined as lo + sign·hi, then twiddled.
-inline void butterfly(__m256& r, __m256& i, __m256 lor, __m256 loi, __m256 hir, __m256 hii, __m256 sign)
-{
-    r = _mm256_fmadd_ps(hir, sign, lor);
-    i = _mm256_fmadd_ps(hii, sign, loi);
-}
-
-inline void twiddle(__m256& r, __m256& i, __m256 wr, __m256 wi)
-{
-    __m256 const nr = _mm256_fmsub_ps(r, wr, _mm256_mul_ps(i, wi));
-    i = _mm256_fmadd_ps(r, wi, _mm256_mul_ps(i, wr));
-    r = nr;
-}
 
 } // namespace
 
-void deinterleaveAvx2(unsigned int n, float const* src, float* re, float* im)
-{
-    unsigned int j = 0;
-    for (; j + 8 <= n; j += 8) {
-        __m256 const v0 = _mm256_loadu_ps(src + 2 * j);
-        __m256 const v1 = _mm256_loadu_ps(src + 2 * j + 8);
-        __m256 const r = _mm256_shuffle_ps(v0, v1, _MM_SHUFFLE(2, 0, 2, 0));
-        __m256 const i = _mm256_shuffle_ps(v0, v1, _MM_SHUFFLE(3, 1, 3, 1));
-        _mm256_storeu_ps(re + j, _mm256_castpd_ps(_mm256_permute4x64_pd(_mm256_castps_pd(r), _MM_SHUFFLE(3, 1, 2, 0))));
-        _mm256_storeu_ps(im + j, _mm256_castpd_ps(_mm256_permute4x64_pd(_mm256_castps_pd(i), _MM_SHUFFLE(3, 1, 2, 0))));
-    }
-    for (; j < n; ++j) {
-        re[j] = src[2 * j];
-        im[j] = src[2 * j + 1];
-    }
-}
-
-void deinterleaveAvx2(unsigned int n, double const* src, double* re, double* im)
-{
-    unsigned int j = 0;
-    for (; j + 4 <= n; j += 4) {
-        __m256d const v0 = _mm256_loadu_pd(src + 2 * j);
-        __m256d const v1 = _mm256_loadu_pd(src + 2 * j + 4);
-        __m256d const r = _mm256_unpacklo_pd(v0, v1); // r0 r2 r1 r3
-        __m256d const i = _mm256_unpackhi_pd(v0, v1);
-        _mm256_storeu_pd(re + j, _mm256_permute4x64_pd(r, _MM_SHUFFLE(3, 1, 2, 0)));
-        _mm256_storeu_pd(im + j, _mm256_permute4x64_pd(i, _MM_SHUFFLE(3, 1, 2, 0)));
-    }
-    for (; j < n; ++j) {
-        re[j] = src[2 * j];
-        im[j] = src[2 * j + 1];
-    }
-}
-
-void radix2Avx2(float* re, float* im, unsigned int n, unsigned int h, float const* tw)
-{
-    radix2<F8>(re, im, n, h, tw);
-}
-
-void radix2Avx2(double* re, double* im, unsigned int n, unsigned int h, double const* tw)
-{
-    radix2<D4>(re, im, n, h, tw);
-}
-
-void radix4Avx2(float* re, float* im, unsigned int n, unsigned int q, float const* tw)
-{
-    radix4<F8>(re, im, n, q, tw);
-}
-
-void radix4Avx2(double* re, double* im, unsigned int n, unsigned int q, double const* tw)
-{
-    radix4<D4>(re, im, n, q, tw);
-}
-
-// The last three stages on blocks of 8 points, each block held in one register pair.
-void tailAvx2(float* re, float* im, unsigned int n)
-{
-    float const c = 0.70710678118654752f;
-    __m256 const signA = _mm256_setr_ps(1, 1, 1, 1, -1, -1, -1, -1);
-    __m256 const wAr = _mm256_setr_ps(1, 1, 1, 1, 1, c, 0, -c);
-    __m256 const wAi = _mm256_setr_ps(0, 0, 0, 0, 0, -c, -1, -c);
-    __m256 const signB = _mm256_setr_ps(1, 1, -1, -1, 1, 1, -1, -1);
-    __m256 const wBr = _mm256_setr_ps(1, 1, 1, 0, 1, 1, 1, 0);
-    __m256 const wBi = _mm256_setr_ps(0, 0, 0, -1, 0, 0, 0, -1);
-    __m256 const signC = _mm256_setr_ps(1, -1, 1, -1, 1, -1, 1, -1);
-    for (unsigned int b = 0; b < n; b += 8) {
-        __m256 r = _mm256_loadu_ps(re + b);
-        __m256 i = _mm256_loadu_ps(im + b);
-        butterfly(r, i, _mm256_permute2f128_ps(r, r, 0x00), _mm256_permute2f128_ps(i, i, 0x00),
-                  _mm256_permute2f128_ps(r, r, 0x11), _mm256_permute2f128_ps(i, i, 0x11), signA);
-        twiddle(r, i, wAr, wAi);
-        butterfly(r, i, _mm256_shuffle_ps(r, r, _MM_SHUFFLE(1, 0, 1, 0)), _mm256_shuffle_ps(i, i, _MM_SHUFFLE(1, 0, 1, 0)),
-                  _mm256_shuffle_ps(r, r, _MM_SHUFFLE(3, 2, 3, 2)), _mm256_shuffle_ps(i, i, _MM_SHUFFLE(3, 2, 3, 2)),
-                  signB);
-        twiddle(r, i, wBr, wBi);
-        butterfly(r, i, _mm256_moveldup_ps(r), _mm256_moveldup_ps(i), _mm256_movehdup_ps(r), _mm256_movehdup_ps(i),
-                  signC);
-        _mm256_storeu_ps(re + b, r);
-        _mm256_storeu_ps(im + b, i);
-    }
-}
-
-// The last two stages on blocks of 4 points.
-void tailAvx2(double* re, double* im, unsigned int n)
-{
-    __m256d const signA = _mm256_setr_pd(1, 1, -1, -1);
-    __m256d const wAr = _mm256_setr_pd(1, 1, 1, 0);
-    __m256d const wAi = _mm256_setr_pd(0, 0, 0, -1);
-    __m256d const signB = _mm256_setr_pd(1, -1, 1, -1);
-    for (unsigned int b = 0; b < n; b += 4) {
-        __m256d r = _mm256_loadu_pd(re + b);
-        __m256d i = _mm256_loadu_pd(im + b);
-        r = _mm256_fmadd_pd(_mm256_permute2f128_pd(r, r, 0x11), signA, _mm256_permute2f128_pd(r, r, 0x00));
-        i = _mm256_fmadd_pd(_mm256_permute2f128_pd(i, i, 0x11), signA, _mm256_permute2f128_pd(i, i, 0x00));
-        __m256d const nr = _mm256_fmsub_pd(r, wAr, _mm256_mul_pd(i, wAi));
-        i = _mm256_fmadd_pd(r, wAi, _mm256_mul_pd(i, wAr));
-        r = nr;
-        r = _mm256_fmadd_pd(_mm256_permute_pd(r, 0xF), signB, _mm256_movedup_pd(r));
-        i = _mm256_fmadd_pd(_mm256_permute_pd(i, 0xF), signB, _mm256_movedup_pd(i));
-        _mm256_storeu_pd(re + b, r);
-        _mm256_storeu_pd(im + b, i);
-    }
-}
+FftKernels<float> const fftAvx2Float = stages::kernels<F8>();
+FftKernels<double> const fftAvx2Double = stages::kernels<D4>();
 
 } // namespace Cordel::IPP::detail

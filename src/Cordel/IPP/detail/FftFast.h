@@ -1,47 +1,43 @@
 #pragma once
-// The fast engine behind orders 2 to 13: everything a transform needs (stage list, twiddles,
-// bit-reversal table) is computed when the state is made, so a transform allocates nothing.
-// Results follow the portable engine's layout and scaling; only the rounding differs.
+// The fast engine behind orders 2 to 13: the pass list, the twiddles and the working buffers are
+// all made with the state, so a transform allocates nothing. Results follow the portable engine's
+// layout and scaling; only the rounding differs.
 
 #include <Cordel/IPP/Memory.h>
 #include <Cordel/IPP/detail/FftKernels.h>
 
-#include <vector>
-
 namespace Cordel::IPP::detail {
 
-// Complex transform of 2^order points on split-complex data.
+// Complex transform of 2^order points. Transforms write the engine's buffers: one at a time.
 template <typename T>
 class FastFft {
 public:
     explicit FastFft(unsigned int order);
+    FastFft(FastFft const&) = delete;
+    FastFft& operator=(FastFft const&) = delete;
 
-    unsigned int Size() const { return size; }
+    unsigned int Size() const { return plan.size; }
 
-    // Interleaved pairs; work holds two arrays of Size() elements.
-    void ForwardInterleaved(T const* in, T* out, T* workRe, T* workIm) const;
-    void InverseInterleaved(T const* in, T* out, T* workRe, T* workIm) const;
-    void ForwardSplit(T const* re, T const* im, T* reOut, T* imOut, T* workRe, T* workIm) const;
-    void InverseSplit(T const* re, T const* im, T* reOut, T* imOut, T* workRe, T* workIm) const;
+    void ForwardInterleaved(T const* in, T* out) const;
+    void InverseInterleaved(T const* in, T* out) const;
+    void ForwardSplit(T const* re, T const* im, T* reOut, T* imOut) const;
+    void InverseSplit(T const* re, T const* im, T* reOut, T* imOut) const;
 
-    // In place, unscaled, result in bit-reversed order (see Reversal).
-    void Run(T* re, T* im) const;
-    unsigned int const* Reversal() const { return reversal.data(); }
-    void Deinterleave(T const* src, T* re, T* im) const;
+    // The plan's own run (see FftKernels.h for the flags).
+    void Run(T const* inRe, T const* inIm, T* outRe, T* outIm, unsigned int flags, T scale) const;
+    FftKernels<T> const& Kernels() const { return *kernels; }
+    // The buffer the last pass may write when the output stays inside (the other one being its input),
+    // and the one the first pass may read when the input comes from inside.
+    T* ResultRe() const { return plan.re[(plan.passCount + 1) % 2]; }
+    T* ResultIm() const { return plan.im[(plan.passCount + 1) % 2]; }
+    T* SourceRe() const { return plan.re[1]; }
+    T* SourceIm() const { return plan.im[1]; }
 
 private:
-    struct Stage {
-        unsigned int radix;
-        unsigned int span; // quarter (radix 4) or half (radix 2) size
-        std::size_t twiddle;
-    };
-
-    unsigned int size;
     FftKernels<T> const* kernels;
-    std::vector<Stage> stages;
-    bool useTail;
+    FftPlan<T> plan;
     aligned_vector<T> twiddles;
-    aligned_vector<unsigned int> reversal;
+    aligned_vector<T> buffers;
 };
 
 // Real transform of 2^order points (order >= 2) through a complex one of half the length.
@@ -50,14 +46,13 @@ class FastRealFft {
 public:
     explicit FastRealFft(unsigned int order);
 
-    // work holds two arrays of n/2 elements.
-    void Forward(T const* in, T* out, T* workRe, T* workIm) const;
-    void Inverse(T const* in, T* out, T* workRe, T* workIm) const;
+    void Forward(T const* in, T* out) const;
+    void Inverse(T const* in, T* out) const;
 
 private:
     unsigned int length;
     FastFft<T> half;
-    aligned_vector<T> rotation; // e^(-2πik/n), k < n/2, interleaved pairs
+    aligned_vector<T> rotation; // e^(-2πik/n), k < n/2: n/2 real parts, then n/2 imaginary parts
 };
 
 extern template class FastFft<float>;

@@ -1,42 +1,89 @@
 #pragma once
-// The inner loops of the fast FFT engine, one set per instruction set, chosen once at load time.
+// The inner loops of the fast FFT engine, one set per instruction set.
 //
-// Data are split-complex (separate real and imaginary arrays) of n points. The stages are
-// decimation in frequency, in place, so the result comes out in bit-reversed order. Twiddle
-// tables hold, per stage, contiguous real parts then imaginary parts:
-//   radix-2 stage of half size h: w^j (j < h), w = e^(-2πi/(2h));
-//   radix-4 stage of quarter size q: w^j, w^2j, w^3j (j < q), w = e^(-2πi/(4q)).
-// The tail kernel does the last tailLog radix-2 stages of every block of 2^tailLog points.
+// The engine is a radix-4 Stockham transform on split-complex data: every pass reads one buffer
+// and writes another, so the result comes out in natural order and no bit-reversal pass is
+// needed. The first pass may read interleaved pairs and the last one may write them, so that
+// converting between the caller's layout and the split one costs no pass of its own.
+//
+// A pass over sub-transforms of n points (stride s = N/n, quarter q = n/4) reads the four
+// quarters x[m], x[m + N/4], x[m + N/2], x[m + 3N/4] for m = i + s·p (i < s, p < q) and writes
+// y[i + s·(4p + k)], k = 0..3, the k-th output twiddled by w^(k·p), w = e^(-2πi/n).
+// When s is at least the register width, a register covers consecutive i and the twiddles are
+// one value per p (broadcast); when s is narrower, a register covers several p and the outputs
+// are interleaved in blocks of s before they are stored, with twiddles tabulated per m.
+// Odd orders end with a radix-2 pass; the last pass (n = 4 or 2) needs no twiddles.
+
+#include <Cordel/common/Export.h>
+
+#include <cstddef>
 
 namespace Cordel::IPP::detail {
 
 template <typename T>
-struct FftKernels {
-    void (*deinterleave)(unsigned int n, T const* src, T* re, T* im);
-    void (*radix2)(T* re, T* im, unsigned int n, unsigned int h, T const* tw);
-    void (*radix4)(T* re, T* im, unsigned int n, unsigned int q, T const* tw);
-    void (*tail)(T* re, T* im, unsigned int n);
-    unsigned int tailLog; // 0 when there is no tail kernel
-    // A wider radix-4 kernel for stages whose quarter size is at least wideQuarter (null if none).
-    void (*radix4Wide)(T* re, T* im, unsigned int n, unsigned int q, T const* tw);
-    unsigned int wideQuarter;
+struct FftPass {
+    unsigned int radix;   // 4, or 2 for a last pass of 2 points
+    unsigned int stride;  // s
+    unsigned int quarter; // n/4 (radix 4)
+    // w^p, w^2p, w^3p as six arrays (re, im, re, im, re, im) of `count` values each, count being
+    // q when s is at least the register width and N/4 otherwise; null for the last pass.
+    T const* twiddles;
+    unsigned int count;
 };
 
-FftKernels<float> const& fftKernelsFloat();
-FftKernels<double> const& fftKernelsDouble();
+enum : unsigned int {
+    fftInInterleaved = 1,  // input is n interleaved pairs at inRe (inIm unused)
+    fftOutInterleaved = 2, // output likewise at outRe
+    // Inverse: real and imaginary parts exchanged on the way in and out (which turns the forward
+    // transform into the inverse one) and the output multiplied by the given scale.
+    fftInverse = 4,
+};
 
-// AVX2 + FMA kernels (FftKernels_avx2.cpp).
-void deinterleaveAvx2(unsigned int n, float const* src, float* re, float* im);
-void deinterleaveAvx2(unsigned int n, double const* src, double* re, double* im);
-void radix2Avx2(float* re, float* im, unsigned int n, unsigned int h, float const* tw);
-void radix2Avx2(double* re, double* im, unsigned int n, unsigned int h, double const* tw);
-void radix4Avx2(float* re, float* im, unsigned int n, unsigned int q, float const* tw);
-void radix4Avx2(double* re, double* im, unsigned int n, unsigned int q, double const* tw);
-void tailAvx2(float* re, float* im, unsigned int n);
-void tailAvx2(double* re, double* im, unsigned int n);
+template <typename T>
+struct FftPlan {
+    static constexpr unsigned int maxPasses = 16;
+    unsigned int size = 0;
+    unsigned int passCount = 0;
+    FftPass<T> passes[maxPasses] = {};
+    // The two buffers the passes alternate between: pass i writes buffer i % 2. Neither may be
+    // the caller's input or output, except that the last pass may write the buffer it does not read.
+    T* re[2] = {};
+    T* im[2] = {};
+};
 
-// AVX-512 kernels (FftKernels_avx512.cpp).
-void radix4Avx512(float* re, float* im, unsigned int n, unsigned int q, float const* tw);
-void radix4Avx512(double* re, double* im, unsigned int n, unsigned int q, double const* tw);
+template <typename T>
+struct FftKernels {
+    unsigned int width; // complex points per register
+    void (*run)(FftPlan<T> const& plan, T const* inRe, T const* inIm, T* outRe, T* outIm, unsigned int flags,
+                T scale);
+    // Real forward: Z (m points, split, natural order) of the n = 2m samples read as complex
+    // pairs, to the packed spectrum of n + 2 values; rotation t_k = e^(-2πik/n) split, k < m.
+    void (*untangle)(unsigned int m, T const* zRe, T const* zIm, T const* tRe, T const* tIm, T* out);
+    // Real inverse: the packed spectrum to the m complex points whose forward transform, taken
+    // with real and imaginary parts exchanged, gives the samples (zRe, zIm are written).
+    void (*tangle)(unsigned int m, T const* in, T const* tRe, T const* tIm, T* zRe, T* zIm);
+};
+
+enum class FftKernelSet { Portable, AVX2, AVX512 };
+
+// The widest set this processor supports (AVX2 with FMA, AVX-512 F/DQ/BW/VL).
+CORDEL_API FftKernelSet widestFftKernelSet();
+
+// The widest set that states made from now on may use; by default the widest supported one.
+// Exported for the tests, which lower it to run each set; not to be changed while another thread
+// is making a state.
+CORDEL_API FftKernelSet fftKernelLimit();
+CORDEL_API void setFftKernelLimit(FftKernelSet limit);
+
+FftKernels<float> const& fftKernels(FftKernelSet set, float*);
+FftKernels<double> const& fftKernels(FftKernelSet set, double*);
+
+// Each set's table (FftFast.cpp, FftKernels_avx2.cpp, FftKernels_avx512.cpp).
+extern FftKernels<float> const fftPortableFloat;
+extern FftKernels<double> const fftPortableDouble;
+extern FftKernels<float> const fftAvx2Float;
+extern FftKernels<double> const fftAvx2Double;
+extern FftKernels<float> const fftAvx512Float;
+extern FftKernels<double> const fftAvx512Double;
 
 } // namespace Cordel::IPP::detail
