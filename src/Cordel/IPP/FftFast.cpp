@@ -62,18 +62,51 @@ FftKernels<double> const& portable<double>()
     return fftPortableDouble;
 }
 
-// The widest allowed set whose registers fit a quarter of the transform, since a pass takes
-// one register from each quarter.
-template <typename T>
-FftKernels<T> const& kernelsFor(unsigned int size)
+// The radices of the passes, largest first: radix 8 as far as the order allows (fewer passes
+// over memory), or radix 4 only.
+struct Radices {
+    unsigned int count = 0;
+    unsigned int radix[FftPlan<float>::maxPasses] = {};
+    void add(unsigned int r) { radix[count++] = r; }
+};
+
+Radices radices(unsigned int order, bool eights)
 {
-    for (FftKernelSet set : {FftKernelSet::AVX512, FftKernelSet::AVX2}) {
-        if (set > limit)
-            continue;
-        FftKernels<T> const& k = fftKernels(set, static_cast<T*>(nullptr));
-        if (size / 4 >= k.width)
-            return k;
+    Radices r;
+    if (order == 1) {
+        r.add(2);
+    } else if (!eights || order < 3) {
+        for (unsigned int o = order; o > 0; o -= o >= 2 ? 2 : 1)
+            r.add(o >= 2 ? 4 : 2);
+    } else {
+        unsigned int fours = order % 3 == 2 ? 1 : order % 3 == 1 ? 2 : 0;
+        for (unsigned int e = (order - 2 * fours) / 3; e > 0; --e)
+            r.add(8);
+        for (; fours > 0; --fours)
+            r.add(4);
     }
+    return r;
+}
+
+// A pass takes one register from each of its R parts of the transform, so a set's registers must
+// fit N/R points. The widest allowed set that fits radix 8, else the widest that fits radix 4.
+template <typename T>
+FftKernels<T> const& kernelsFor(unsigned int size, bool& eights)
+{
+    struct Choice {
+        FftKernelSet set;
+        unsigned int radix;
+    };
+    for (Choice c : {Choice{FftKernelSet::AVX512, 8}, Choice{FftKernelSet::AVX512, 4}, Choice{FftKernelSet::AVX2, 4}}) {
+        if (c.set > limit)
+            continue;
+        FftKernels<T> const& k = fftKernels(c.set, static_cast<T*>(nullptr));
+        if (size / c.radix >= k.width) {
+            eights = c.radix == 8;
+            return k;
+        }
+    }
+    eights = false;
     return portable<T>();
 }
 
@@ -119,43 +152,41 @@ FftKernels<double> const& fftKernels(FftKernelSet set, double*)
     }
 }
 
-// Radix-4 passes from the whole length down, ending with one pass of 4 or 2 points. The
-// twiddles are computed in double for both precisions: the tables are small and made once.
+// The twiddles are computed in double for both precisions: the tables are small and made once.
 template <typename T>
-FastFft<T>::FastFft(unsigned int order) : kernels(&kernelsFor<T>(1u << order))
+FastFft<T>::FastFft(unsigned int order)
 {
     unsigned int const size = 1u << order;
+    bool eights = false;
+    kernels = &kernelsFor<T>(size, eights);
+    Radices const r = radices(order, eights);
     unsigned int const width = kernels->width;
     plan.size = size;
-    struct Pending {
-        unsigned int stride, quarter, count;
-    };
-    Pending pending[FftPlan<T>::maxPasses];
+    plan.passCount = r.count;
     std::size_t total = 0;
-    unsigned int n = size, s = 1;
-    for (; n > 4; n /= 4, s *= 4) {
-        unsigned int const count = s >= width ? n / 4 : size / 4;
-        pending[plan.passCount] = {s, n / 4, count};
-        plan.passes[plan.passCount++] = {4, s, n / 4, nullptr, count};
-        total += 6 * std::size_t{count};
+    for (unsigned int k = 0, s = 1; k < r.count; s *= r.radix[k], ++k) {
+        unsigned int const groups = size / s / r.radix[k];
+        bool const last = k + 1 == r.count;
+        unsigned int const count = last ? 0 : s >= width ? groups : size / r.radix[k];
+        plan.passes[k] = {r.radix[k], s, groups, nullptr, count};
+        total += 2 * std::size_t{r.radix[k] - 1} * count;
     }
-    plan.passes[plan.passCount++] = {n, s, n / 4, nullptr, 0};
 
     twiddles.resize(total);
     T* tw = twiddles.data();
     for (unsigned int k = 0; k + 1 < plan.passCount; ++k) {
-        Pending const& p = pending[k];
-        unsigned int const points = 4 * p.quarter;
+        FftPass<T>& p = plan.passes[k];
+        unsigned int const points = p.radix * p.groups;
         for (unsigned int j = 0; j < p.count; ++j) {
-            unsigned int const power = p.count == p.quarter ? j : j / p.stride;
-            for (unsigned int r = 1; r <= 3; ++r) {
-                double const angle = -2.0 * std::numbers::pi * double(r * power) / points;
-                tw[(2 * r - 2) * p.count + j] = static_cast<T>(std::cos(angle));
-                tw[(2 * r - 1) * p.count + j] = static_cast<T>(std::sin(angle));
+            unsigned int const power = p.count == p.groups ? j : j / p.stride;
+            for (unsigned int e = 1; e < p.radix; ++e) {
+                double const angle = -2.0 * std::numbers::pi * double(e * power) / points;
+                tw[(2 * e - 2) * p.count + j] = static_cast<T>(std::cos(angle));
+                tw[(2 * e - 1) * p.count + j] = static_cast<T>(std::sin(angle));
             }
         }
-        plan.passes[k].twiddles = tw;
-        tw += 6 * std::size_t{p.count};
+        p.twiddles = tw;
+        tw += 2 * std::size_t{p.radix - 1} * p.count;
     }
 
     buffers.resize(4 * std::size_t{size});

@@ -73,26 +73,29 @@ __m512i reversedLanes()
 // The reorderings common to both precisions, on top of the element's two-source permute.
 template <typename Self>
 struct Shuffles {
-    template <unsigned int s, typename V>
-    static void interleave4(V& v0, V& v1, V& v2, V& v3)
+    template <unsigned int R, typename V>
+    [[gnu::always_inline]] static void riffle(V* v, __m512i lo, __m512i hi)
+    {
+        V t[R];
+        for (unsigned int j = 0; j < R / 2; ++j) {
+            t[2 * j] = Self::permute(v[j], lo, v[j + R / 2]);
+            t[2 * j + 1] = Self::permute(v[j], hi, v[j + R / 2]);
+        }
+        for (unsigned int j = 0; j < R; ++j)
+            v[j] = t[j];
+    }
+
+    // log2 R riffles of blocks of s: after them, block j of every register comes before block j + 1
+    // of any, in register order.
+    template <unsigned int R, unsigned int s, typename V>
+    [[gnu::always_inline]] static void transpose(V* v)
     {
         constexpr unsigned int W = Self::width;
-        constexpr unsigned int s2 = 2 * s < W ? 2 * s : s;
-        __m512i const lo1 = alternating<W, s, false>(), hi1 = alternating<W, s, true>();
-        __m512i const lo2 = alternating<W, s2, false>(), hi2 = alternating<W, s2, true>();
-        V const a = Self::permute(v0, lo1, v1), b = Self::permute(v0, hi1, v1);
-        V const c = Self::permute(v2, lo1, v3), d = Self::permute(v2, hi1, v3);
-        if constexpr (2 * s < W) {
-            v0 = Self::permute(a, lo2, c);
-            v1 = Self::permute(a, hi2, c);
-            v2 = Self::permute(b, lo2, d);
-            v3 = Self::permute(b, hi2, d);
-        } else {
-            v0 = a;
-            v1 = c;
-            v2 = b;
-            v3 = d;
-        }
+        __m512i const lo = alternating<W, s, false>(), hi = alternating<W, s, true>();
+        riffle<R>(v, lo, hi);
+        riffle<R>(v, lo, hi);
+        if constexpr (R == 8)
+            riffle<R>(v, lo, hi);
     }
 };
 
@@ -100,28 +103,28 @@ struct F16 : Shuffles<F16> {
     using V = __m512;
     using T = float;
     static constexpr unsigned int width = 16;
-    static V load(T const* p) { return _mm512_loadu_ps(p); }
-    static void store(T* p, V v) { _mm512_storeu_ps(p, v); }
-    static V set1(T x) { return _mm512_set1_ps(x); }
-    static V add(V a, V b) { return _mm512_add_ps(a, b); }
-    static V sub(V a, V b) { return _mm512_sub_ps(a, b); }
-    static V mul(V a, V b) { return _mm512_mul_ps(a, b); }
-    static V fmadd(V a, V b, V c) { return _mm512_fmadd_ps(a, b, c); }
-    static V fmsub(V a, V b, V c) { return _mm512_fmsub_ps(a, b, c); }
-    static V fnmadd(V a, V b, V c) { return _mm512_fnmadd_ps(a, b, c); }
-    static V permute(V a, __m512i x, V b) { return _mm512_permutex2var_ps(a, x, b); }
+    [[gnu::always_inline]] static V load(T const* p) { return _mm512_loadu_ps(p); }
+    [[gnu::always_inline]] static void store(T* p, V v) { _mm512_storeu_ps(p, v); }
+    [[gnu::always_inline]] static V set1(T x) { return _mm512_set1_ps(x); }
+    [[gnu::always_inline]] static V add(V a, V b) { return _mm512_add_ps(a, b); }
+    [[gnu::always_inline]] static V sub(V a, V b) { return _mm512_sub_ps(a, b); }
+    [[gnu::always_inline]] static V mul(V a, V b) { return _mm512_mul_ps(a, b); }
+    [[gnu::always_inline]] static V fmadd(V a, V b, V c) { return _mm512_fmadd_ps(a, b, c); }
+    [[gnu::always_inline]] static V fmsub(V a, V b, V c) { return _mm512_fmsub_ps(a, b, c); }
+    [[gnu::always_inline]] static V fnmadd(V a, V b, V c) { return _mm512_fnmadd_ps(a, b, c); }
+    [[gnu::always_inline]] static V permute(V a, __m512i x, V b) { return _mm512_permutex2var_ps(a, x, b); }
 
-    static void deinterleave(V a, V b, V& re, V& im)
+    [[gnu::always_inline]] static void deinterleave(V a, V b, V& re, V& im)
     {
         re = permute(a, everyOtherLane<16, 0>(), b);
         im = permute(a, everyOtherLane<16, 1>(), b);
     }
-    static void interleave(V re, V im, V& a, V& b)
+    [[gnu::always_inline]] static void interleave(V re, V im, V& a, V& b)
     {
         a = permute(re, alternating<16, 1, false>(), im);
         b = permute(re, alternating<16, 1, true>(), im);
     }
-    static V reverse(V v) { return permute(v, reversedLanes<16>(), v); }
+    [[gnu::always_inline]] static V reverse(V v) { return permute(v, reversedLanes<16>(), v); }
 
 };
 
@@ -129,28 +132,28 @@ struct D8 : Shuffles<D8> {
     using V = __m512d;
     using T = double;
     static constexpr unsigned int width = 8;
-    static V load(T const* p) { return _mm512_loadu_pd(p); }
-    static void store(T* p, V v) { _mm512_storeu_pd(p, v); }
-    static V set1(T x) { return _mm512_set1_pd(x); }
-    static V add(V a, V b) { return _mm512_add_pd(a, b); }
-    static V sub(V a, V b) { return _mm512_sub_pd(a, b); }
-    static V mul(V a, V b) { return _mm512_mul_pd(a, b); }
-    static V fmadd(V a, V b, V c) { return _mm512_fmadd_pd(a, b, c); }
-    static V fmsub(V a, V b, V c) { return _mm512_fmsub_pd(a, b, c); }
-    static V fnmadd(V a, V b, V c) { return _mm512_fnmadd_pd(a, b, c); }
-    static V permute(V a, __m512i x, V b) { return _mm512_permutex2var_pd(a, x, b); }
+    [[gnu::always_inline]] static V load(T const* p) { return _mm512_loadu_pd(p); }
+    [[gnu::always_inline]] static void store(T* p, V v) { _mm512_storeu_pd(p, v); }
+    [[gnu::always_inline]] static V set1(T x) { return _mm512_set1_pd(x); }
+    [[gnu::always_inline]] static V add(V a, V b) { return _mm512_add_pd(a, b); }
+    [[gnu::always_inline]] static V sub(V a, V b) { return _mm512_sub_pd(a, b); }
+    [[gnu::always_inline]] static V mul(V a, V b) { return _mm512_mul_pd(a, b); }
+    [[gnu::always_inline]] static V fmadd(V a, V b, V c) { return _mm512_fmadd_pd(a, b, c); }
+    [[gnu::always_inline]] static V fmsub(V a, V b, V c) { return _mm512_fmsub_pd(a, b, c); }
+    [[gnu::always_inline]] static V fnmadd(V a, V b, V c) { return _mm512_fnmadd_pd(a, b, c); }
+    [[gnu::always_inline]] static V permute(V a, __m512i x, V b) { return _mm512_permutex2var_pd(a, x, b); }
 
-    static void deinterleave(V a, V b, V& re, V& im)
+    [[gnu::always_inline]] static void deinterleave(V a, V b, V& re, V& im)
     {
         re = permute(a, everyOtherLane<8, 0>(), b);
         im = permute(a, everyOtherLane<8, 1>(), b);
     }
-    static void interleave(V re, V im, V& a, V& b)
+    [[gnu::always_inline]] static void interleave(V re, V im, V& a, V& b)
     {
         a = permute(re, alternating<8, 1, false>(), im);
         b = permute(re, alternating<8, 1, true>(), im);
     }
-    static V reverse(V v) { return permute(v, reversedLanes<8>(), v); }
+    [[gnu::always_inline]] static V reverse(V v) { return permute(v, reversedLanes<8>(), v); }
 
 };
 

@@ -1,18 +1,18 @@
 #pragma once
 // The inner loops of the fast FFT engine, one set per instruction set.
 //
-// The engine is a radix-4 Stockham transform on split-complex data: every pass reads one buffer
-// and writes another, so the result comes out in natural order and no bit-reversal pass is
-// needed. The first pass may read interleaved pairs and the last one may write them, so that
+// The engine is a Stockham transform of radix 8 and 4 on split-complex data: every pass reads one
+// buffer and writes the other, so the result comes out in natural order and no bit-reversal pass
+// is needed. The first pass may read interleaved pairs and the last one may write them, so that
 // converting between the caller's layout and the split one costs no pass of its own.
 //
-// A pass over sub-transforms of n points (stride s = N/n, quarter q = n/4) reads the four
-// quarters x[m], x[m + N/4], x[m + N/2], x[m + 3N/4] for m = i + s·p (i < s, p < q) and writes
-// y[i + s·(4p + k)], k = 0..3, the k-th output twiddled by w^(k·p), w = e^(-2πi/n).
+// A radix-R pass over sub-transforms of n points (stride s = N/n, g = n/R groups) reads
+// x[m + k·N/R], k < R, for m = i + s·p (i < s, p < g), and writes y[i + s·(R·p + k)]: the k-th
+// output of the R-point DFT, twiddled by w^(k·p), w = e^(-2πi/n).
 // When s is at least the register width, a register covers consecutive i and the twiddles are
 // one value per p (broadcast); when s is narrower, a register covers several p and the outputs
 // are interleaved in blocks of s before they are stored, with twiddles tabulated per m.
-// Odd orders end with a radix-2 pass; the last pass (n = 4 or 2) needs no twiddles.
+// The last pass (p = 0 only) needs no twiddles.
 
 #include <Cordel/common/Export.h>
 
@@ -22,11 +22,11 @@ namespace Cordel::IPP::detail {
 
 template <typename T>
 struct FftPass {
-    unsigned int radix;   // 4, or 2 for a last pass of 2 points
-    unsigned int stride;  // s
-    unsigned int quarter; // n/4 (radix 4)
-    // w^p, w^2p, w^3p as six arrays (re, im, re, im, re, im) of `count` values each, count being
-    // q when s is at least the register width and N/4 otherwise; null for the last pass.
+    unsigned int radix;  // 8, 4, or 2 (only as the whole transform)
+    unsigned int stride; // s
+    unsigned int groups; // g = n/R
+    // w^kp for k = 1 .. R−1 as 2(R−1) arrays (re, im, re, im, ...) of `count` values each, count
+    // being g when s is at least the register width and N/R otherwise; null for the last pass.
     T const* twiddles;
     unsigned int count;
 };

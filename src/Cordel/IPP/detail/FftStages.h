@@ -7,8 +7,8 @@
 //   deinterleave(a, b, re, im)           2·width interleaved pairs to split
 //   interleave(re, im, a, b)             and back
 //   reverse(v)                           lanes in reverse order
-//   interleave4<s>(v0, v1, v2, v3)       the 4·width values v0..v3 taken in blocks of s, block j of
-//                                        each in turn (v0 j, v1 j, v2 j, v3 j, v0 j+1, ...), s < width
+//   transpose<R, s>(v)                   the R·width values of v[0..R−1] taken in blocks of s, block j
+//                                        of each in turn (v0 j, v1 j, ..., v0 j+1, ...), s < width
 // Only the kernel translation units include this, each with register types of its own, so every
 // instantiation has internal linkage and no wide code can serve a baseline caller.
 
@@ -25,7 +25,7 @@ struct Reader {
     using V = typename S::V;
     T const* re;
     T const* im;
-    void operator()(std::size_t j, V& r, V& i) const
+    [[gnu::always_inline]] void operator()(std::size_t j, V& r, V& i) const
     {
         if constexpr (interleaved) {
             S::deinterleave(S::load(re + 2 * j), S::load(re + 2 * j + S::width), r, i);
@@ -45,7 +45,7 @@ struct Writer {
     T* re;
     T* im;
     V scale;
-    void operator()(std::size_t j, V r, V i) const
+    [[gnu::always_inline]] void operator()(std::size_t j, V r, V i) const
     {
         if constexpr (inverse) {
             V const t = S::mul(i, scale);
@@ -64,133 +64,168 @@ struct Writer {
     }
 };
 
-template <typename S>
-struct Radix4 {
+// R points held in registers (each register a lane-wise set of independent transforms).
+template <typename S, unsigned int R>
+struct Points {
     using V = typename S::V;
-    V r[4], i[4];
+    V r[R], i[R];
 
-    // The 4-point DFT of a0..a3 in place of them.
-    void butterfly()
-    {
-        V const apcR = S::add(r[0], r[2]), apcI = S::add(i[0], i[2]);
-        V const amcR = S::sub(r[0], r[2]), amcI = S::sub(i[0], i[2]);
-        V const bpdR = S::add(r[1], r[3]), bpdI = S::add(i[1], i[3]);
-        V const bmdR = S::sub(r[1], r[3]), bmdI = S::sub(i[1], i[3]);
-        r[0] = S::add(apcR, bpdR);
-        i[0] = S::add(apcI, bpdI);
-        r[2] = S::sub(apcR, bpdR);
-        i[2] = S::sub(apcI, bpdI);
-        r[1] = S::add(amcR, bmdI);
-        i[1] = S::sub(amcI, bmdR);
-        r[3] = S::sub(amcR, bmdI);
-        i[3] = S::add(amcI, bmdR);
-    }
-
-    void twiddle(int k, V wr, V wi)
+    [[gnu::always_inline]] void twiddle(unsigned int k, V wr, V wi)
     {
         V const t = S::fmsub(r[k], wr, S::mul(i[k], wi));
         i[k] = S::fmadd(r[k], wi, S::mul(i[k], wr));
         r[k] = t;
     }
+
+    // The 4-point DFT of x0..x3 into the points at a, a + d, a + 2d, a + 3d.
+    [[gnu::always_inline]] void dft4(V x0r, V x0i, V x1r, V x1i, V x2r, V x2i, V x3r, V x3i, unsigned int a, unsigned int d)
+    {
+        V const apcR = S::add(x0r, x2r), apcI = S::add(x0i, x2i);
+        V const amcR = S::sub(x0r, x2r), amcI = S::sub(x0i, x2i);
+        V const bpdR = S::add(x1r, x3r), bpdI = S::add(x1i, x3i);
+        V const bmdR = S::sub(x1r, x3r), bmdI = S::sub(x1i, x3i);
+        r[a] = S::add(apcR, bpdR);
+        i[a] = S::add(apcI, bpdI);
+        r[a + 2 * d] = S::sub(apcR, bpdR);
+        i[a + 2 * d] = S::sub(apcI, bpdI);
+        r[a + d] = S::add(amcR, bmdI);
+        i[a + d] = S::sub(amcI, bmdR);
+        r[a + 3 * d] = S::sub(amcR, bmdI);
+        i[a + 3 * d] = S::add(amcI, bmdR);
+    }
+
+    // The R-point DFT in place, in natural order.
+    [[gnu::always_inline]] void dft()
+    {
+        if constexpr (R == 2) {
+            V const sr = S::add(r[0], r[1]), si = S::add(i[0], i[1]);
+            r[1] = S::sub(r[0], r[1]);
+            i[1] = S::sub(i[0], i[1]);
+            r[0] = sr;
+            i[0] = si;
+        } else if constexpr (R == 4) {
+            dft4(r[0], i[0], r[1], i[1], r[2], i[2], r[3], i[3], 0, 1);
+        } else {
+            static_assert(R == 8);
+            // Radix-2 split: the sums give the even outputs, the differences times e^(-iπk/4) the
+            // odd ones.
+            using T = typename S::T;
+            V const h = S::set1(T(0.70710678118654752440L));
+            V const e0r = S::add(r[0], r[4]), e0i = S::add(i[0], i[4]);
+            V const e1r = S::add(r[1], r[5]), e1i = S::add(i[1], i[5]);
+            V const e2r = S::add(r[2], r[6]), e2i = S::add(i[2], i[6]);
+            V const e3r = S::add(r[3], r[7]), e3i = S::add(i[3], i[7]);
+            V const d0r = S::sub(r[0], r[4]), d0i = S::sub(i[0], i[4]);
+            V const d1r = S::sub(r[1], r[5]), d1i = S::sub(i[1], i[5]);
+            V const d2r = S::sub(r[2], r[6]), d2i = S::sub(i[2], i[6]);
+            V const d3r = S::sub(r[3], r[7]), d3i = S::sub(i[3], i[7]);
+            V const f1r = S::mul(S::add(d1r, d1i), h), f1i = S::mul(S::sub(d1i, d1r), h);
+            V const f3r = S::mul(S::sub(d3i, d3r), h), f3i = S::mul(S::add(d3r, d3i), S::set1(T(-0.70710678118654752440L)));
+            // d2·(−i) = (d2i, −d2r): folded into the 4-point DFT's signs by passing it as is.
+            dft4(e0r, e0i, e1r, e1i, e2r, e2i, e3r, e3i, 0, 2);
+            dft4(d0r, d0i, f1r, f1i, d2i, S::sub(S::set1(T(0)), d2r), f3r, f3i, 1, 2);
+        }
+    }
 };
 
-// A twiddled radix-4 pass whose stride is at least the register width.
-template <typename S, typename Read, typename Write>
-void passWide(Read const& read, Write const& write, unsigned int n, FftPass<typename S::T> const& pass)
+// A twiddled radix-R pass whose stride is at least the register width.
+template <typename S, unsigned int R, typename Read, typename Write>
+[[gnu::noinline]] void passWide(Read const read, Write const write, unsigned int n, FftPass<typename S::T> const& pass)
 {
     using T = typename S::T;
-    std::size_t const quarter = n / 4;
+    using V = typename S::V;
+    std::size_t const part = n / R;
     std::size_t const s = pass.stride;
     std::size_t const count = pass.count;
     T const* tw = pass.twiddles;
-    for (std::size_t p = 0; p < pass.quarter; ++p) {
-        auto const w1r = S::set1(tw[p]), w1i = S::set1(tw[count + p]);
-        auto const w2r = S::set1(tw[2 * count + p]), w2i = S::set1(tw[3 * count + p]);
-        auto const w3r = S::set1(tw[4 * count + p]), w3i = S::set1(tw[5 * count + p]);
+    for (std::size_t p = 0; p < pass.groups; ++p) {
+        V wr[R], wi[R];
+        for (unsigned int k = 1; k < R; ++k) {
+            wr[k] = S::set1(tw[(2 * k - 2) * count + p]);
+            wi[k] = S::set1(tw[(2 * k - 1) * count + p]);
+        }
         for (std::size_t j = 0; j < s; j += S::width) {
             std::size_t const m = j + s * p;
-            Radix4<S> b;
-            for (int k = 0; k < 4; ++k)
-                read(m + k * quarter, b.r[k], b.i[k]);
-            b.butterfly();
-            b.twiddle(1, w1r, w1i);
-            b.twiddle(2, w2r, w2i);
-            b.twiddle(3, w3r, w3i);
-            std::size_t const o = j + 4 * s * p;
-            for (int k = 0; k < 4; ++k)
+            Points<S, R> b;
+            for (unsigned int k = 0; k < R; ++k)
+                read(m + k * part, b.r[k], b.i[k]);
+            b.dft();
+            for (unsigned int k = 1; k < R; ++k)
+                b.twiddle(k, wr[k], wi[k]);
+            std::size_t const o = j + R * s * p;
+            for (unsigned int k = 0; k < R; ++k)
                 write(o + k * s, b.r[k], b.i[k]);
         }
     }
 }
 
-// A twiddled radix-4 pass of stride s narrower than a register: a register holds width/s values
-// of p, whose four outputs are interleaved in blocks of s before the store.
-template <typename S, unsigned int s, typename Read, typename Write>
-void passNarrow(Read const& read, Write const& write, unsigned int n, FftPass<typename S::T> const& pass)
+// A twiddled radix-R pass of stride s narrower than a register: a register holds width/s values
+// of p, whose R outputs are interleaved in blocks of s before the store.
+template <typename S, unsigned int R, unsigned int s, typename Read, typename Write>
+[[gnu::noinline]] void passNarrow(Read const read, Write const write, unsigned int n, FftPass<typename S::T> const& pass)
 {
     using T = typename S::T;
-    std::size_t const quarter = n / 4;
+    std::size_t const part = n / R;
     T const* tw = pass.twiddles;
-    for (std::size_t m = 0; m < quarter; m += S::width) {
-        Radix4<S> b;
-        for (int k = 0; k < 4; ++k)
-            read(m + k * quarter, b.r[k], b.i[k]);
-        b.butterfly();
-        b.twiddle(1, S::load(tw + m), S::load(tw + quarter + m));
-        b.twiddle(2, S::load(tw + 2 * quarter + m), S::load(tw + 3 * quarter + m));
-        b.twiddle(3, S::load(tw + 4 * quarter + m), S::load(tw + 5 * quarter + m));
-        S::template interleave4<s>(b.r[0], b.r[1], b.r[2], b.r[3]);
-        S::template interleave4<s>(b.i[0], b.i[1], b.i[2], b.i[3]);
-        for (int k = 0; k < 4; ++k)
-            write(4 * m + k * S::width, b.r[k], b.i[k]);
+    for (std::size_t m = 0; m < part; m += S::width) {
+        Points<S, R> b;
+        for (unsigned int k = 0; k < R; ++k)
+            read(m + k * part, b.r[k], b.i[k]);
+        b.dft();
+        for (unsigned int k = 1; k < R; ++k)
+            b.twiddle(k, S::load(tw + (2 * k - 2) * part + m), S::load(tw + (2 * k - 1) * part + m));
+        S::template transpose<R, s>(b.r);
+        S::template transpose<R, s>(b.i);
+        for (unsigned int k = 0; k < R; ++k)
+            write(R * m + k * S::width, b.r[k], b.i[k]);
     }
 }
 
-// The last pass: 4-point (or 2-point) transforms of stride n/4 (n/2), no twiddles.
-template <typename S, typename Read, typename Write>
-void passLast4(Read const& read, Write const& write, unsigned int n)
+// The last pass: R-point transforms of stride n/R, no twiddles.
+template <typename S, unsigned int R, typename Read, typename Write>
+[[gnu::noinline]] void passLast(Read const read, Write const write, unsigned int n)
 {
-    std::size_t const quarter = n / 4;
-    for (std::size_t j = 0; j < quarter; j += S::width) {
-        Radix4<S> b;
-        for (int k = 0; k < 4; ++k)
-            read(j + k * quarter, b.r[k], b.i[k]);
-        b.butterfly();
-        for (int k = 0; k < 4; ++k)
-            write(j + k * quarter, b.r[k], b.i[k]);
+    std::size_t const part = n / R;
+    for (std::size_t j = 0; j < part; j += S::width) {
+        Points<S, R> b;
+        for (unsigned int k = 0; k < R; ++k)
+            read(j + k * part, b.r[k], b.i[k]);
+        b.dft();
+        for (unsigned int k = 0; k < R; ++k)
+            write(j + k * part, b.r[k], b.i[k]);
     }
 }
 
-template <typename S, typename Read, typename Write>
-void passLast2(Read const& read, Write const& write, unsigned int n)
-{
-    using V = typename S::V;
-    std::size_t const half = n / 2;
-    for (std::size_t j = 0; j < half; j += S::width) {
-        V ar, ai, br, bi;
-        read(j, ar, ai);
-        read(j + half, br, bi);
-        write(j, S::add(ar, br), S::add(ai, bi));
-        write(j + half, S::sub(ar, br), S::sub(ai, bi));
-    }
-}
-
-template <typename S, typename Read, typename Write>
-void pass(Read const& read, Write const& write, unsigned int n, FftPass<typename S::T> const& p)
+template <typename S, unsigned int R, typename Read, typename Write>
+void passOfRadix(Read const read, Write const write, unsigned int n, FftPass<typename S::T> const& p)
 {
     if (p.twiddles == nullptr) {
-        if (p.radix == 2)
-            passLast2<S>(read, write, n);
-        else
-            passLast4<S>(read, write, n);
+        passLast<S, R>(read, write, n);
     } else if (p.stride >= S::width) {
-        passWide<S>(read, write, n, p);
-    } else if constexpr (S::width > 1) {
-        if (p.stride == 1)
-            passNarrow<S, 1>(read, write, n, p);
-        else if constexpr (S::width > 4)
-            passNarrow<S, 4>(read, write, n, p);
+        if constexpr (R > 2)
+            passWide<S, R>(read, write, n, p);
+    } else if constexpr (S::width > 1 && R > 2) {
+        if (p.stride == 1) {
+            passNarrow<S, R, 1>(read, write, n, p);
+        } else if constexpr (S::width > 4) {
+            if (p.stride == 4) {
+                passNarrow<S, R, 4>(read, write, n, p);
+            } else if constexpr (S::width > 8) {
+                passNarrow<S, R, 8>(read, write, n, p);
+            }
+        }
     }
+}
+
+template <typename S, typename Read, typename Write>
+void pass(Read const read, Write const write, unsigned int n, FftPass<typename S::T> const& p)
+{
+    if (p.radix == 8)
+        passOfRadix<S, 8>(read, write, n, p);
+    else if (p.radix == 4)
+        passOfRadix<S, 4>(read, write, n, p);
+    else
+        passOfRadix<S, 2>(read, write, n, p);
 }
 
 template <typename S, bool inInterleaved, bool outInterleaved, bool inverse>
