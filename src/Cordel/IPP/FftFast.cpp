@@ -5,6 +5,7 @@
 #include <Cordel/IPP/detail/FftStages.h>
 
 #include <cmath>
+#include <cstdint>
 #include <numbers>
 
 namespace Cordel::IPP::detail {
@@ -189,10 +190,15 @@ FastFft<T>::FastFft(unsigned int order)
         tw += 2 * std::size_t{p.radix - 1} * p.count;
     }
 
-    buffers.resize(4 * std::size_t{size});
+    // Four arrays on cache-line boundaries, a real part and an imaginary part half a page apart.
+    std::size_t const line = 64 / sizeof(T);
+    std::size_t const page = 4096 / sizeof(T);
+    std::size_t const stride = (FftPadding<T>::length(size) + page - 1) / page * page + page / 2;
+    buffers.resize(4 * stride + line);
+    T* at = buffers.data() + (line - reinterpret_cast<std::uintptr_t>(buffers.data()) / sizeof(T) % line) % line;
     for (unsigned int b = 0; b < 2; ++b) {
-        plan.re[b] = buffers.data() + 2 * b * std::size_t{size};
-        plan.im[b] = plan.re[b] + size;
+        plan.re[b] = at + 2 * b * stride;
+        plan.im[b] = plan.re[b] + stride;
     }
 }
 

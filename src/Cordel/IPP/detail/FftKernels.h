@@ -39,14 +39,24 @@ enum : unsigned int {
     fftInverse = 4,
 };
 
+// The working buffers are padded by one cache line after every 2 KiB, so that the power-of-two
+// distances between the streams of a pass do not map them all to the same few cache sets.
+template <typename T>
+struct FftPadding {
+    static constexpr unsigned int chunkLog = sizeof(T) == 4 ? 9 : 8;
+    static constexpr unsigned int pad = 64 / sizeof(T);
+    static constexpr std::size_t length(std::size_t n) { return n + (n >> chunkLog) * pad; }
+};
+
 template <typename T>
 struct FftPlan {
     static constexpr unsigned int maxPasses = 16;
     unsigned int size = 0;
     unsigned int passCount = 0;
     FftPass<T> passes[maxPasses] = {};
-    // The two buffers the passes alternate between: pass i writes buffer i % 2. Neither may be
-    // the caller's input or output, except that the last pass may write the buffer it does not read.
+    // The two working buffers the passes alternate between: pass i writes buffer i % 2. Neither
+    // may be the caller's input or output. The first pass may read one of them and the last pass
+    // write the one it does not read: they then use them unpadded.
     T* re[2] = {};
     T* im[2] = {};
 };

@@ -19,7 +19,17 @@
 
 namespace Cordel::IPP::detail::stages {
 
-template <typename S, bool interleaved, bool swap>
+// Where point j of a working buffer lives (see fftPadding).
+template <typename T>
+[[gnu::always_inline]] inline std::size_t padded(std::size_t j)
+{
+    return j + (j >> FftPadding<T>::chunkLog) * FftPadding<T>::pad;
+}
+
+// Reads and writes of a pass: the caller's interleaved or split arrays, or a working buffer.
+enum class Layout { Interleaved, Split, Working };
+
+template <typename S, Layout layout, bool swap>
 struct Reader {
     using T = typename S::T;
     using V = typename S::V;
@@ -27,8 +37,11 @@ struct Reader {
     T const* im;
     [[gnu::always_inline]] void operator()(std::size_t j, V& r, V& i) const
     {
-        if constexpr (interleaved) {
+        if constexpr (layout == Layout::Interleaved) {
             S::deinterleave(S::load(re + 2 * j), S::load(re + 2 * j + S::width), r, i);
+        } else if constexpr (layout == Layout::Working) {
+            r = S::load(re + padded<T>(j));
+            i = S::load(im + padded<T>(j));
         } else {
             r = S::load(re + j);
             i = S::load(im + j);
@@ -38,7 +51,7 @@ struct Reader {
     }
 };
 
-template <typename S, bool interleaved, bool inverse>
+template <typename S, Layout layout, bool inverse>
 struct Writer {
     using T = typename S::T;
     using V = typename S::V;
@@ -52,11 +65,14 @@ struct Writer {
             i = S::mul(r, scale);
             r = t;
         }
-        if constexpr (interleaved) {
+        if constexpr (layout == Layout::Interleaved) {
             V a, b;
             S::interleave(r, i, a, b);
             S::store(re + 2 * j, a);
             S::store(re + 2 * j + S::width, b);
+        } else if constexpr (layout == Layout::Working) {
+            S::store(re + padded<T>(j), r);
+            S::store(im + padded<T>(j), i);
         } else {
             S::store(re + j, r);
             S::store(im + j, i);
@@ -232,10 +248,12 @@ template <typename S, bool inInterleaved, bool outInterleaved, bool inverse>
 void runWith(FftPlan<typename S::T> const& plan, typename S::T const* inRe, typename S::T const* inIm,
              typename S::T* outRe, typename S::T* outIm, typename S::T scale)
 {
-    using Split = Reader<S, false, false>;
-    using Store = Writer<S, false, false>;
-    Reader<S, inInterleaved, inverse> const first{inRe, inIm};
-    Writer<S, outInterleaved, inverse> const last{outRe, outIm, S::set1(scale)};
+    using Split = Reader<S, Layout::Working, false>;
+    using Store = Writer<S, Layout::Working, false>;
+    constexpr Layout in = inInterleaved ? Layout::Interleaved : Layout::Split;
+    constexpr Layout out = outInterleaved ? Layout::Interleaved : Layout::Split;
+    Reader<S, in, inverse> const first{inRe, inIm};
+    Writer<S, out, inverse> const last{outRe, outIm, S::set1(scale)};
     unsigned int const n = plan.size;
     unsigned int const count = plan.passCount;
     for (unsigned int k = 0; k < count; ++k) {
