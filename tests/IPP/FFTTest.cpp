@@ -2,6 +2,7 @@
 
 #include <Cordel/IPP/FFT.h>
 #include <Cordel/IPP/detail/FftImpl.h>
+#include <Cordel/IPP/detail/FftKernels.h>
 
 #include "AllocationCount.h"
 
@@ -10,6 +11,7 @@
 #include <cmath>
 #include <complex>
 #include <cstdlib>
+#include <cstring>
 #include <limits>
 #include <new>
 #include <numbers>
@@ -272,6 +274,56 @@ TEST(FFT, PortableEngineMatchesDftAtEveryOrder)
         checkAgainstOracle<PortableFlavour<float, true>, float>(order, true);
         checkAgainstOracle<PortableFlavour<double, true>, double>(order, true);
     }
+}
+
+// The fast engine's kernel sets (portable, AVX2, AVX-512) lay out and scale alike: each one this
+// processor can run is held to the oracle, and in-place calls agree with out-of-place ones.
+TEST(FFT, EveryKernelSetMatchesDft)
+{
+    using detail::FftKernelSet;
+    FftKernelSet const widest = detail::widestFftKernelSet();
+    for (FftKernelSet set : {FftKernelSet::Portable, FftKernelSet::AVX2, FftKernelSet::AVX512}) {
+        if (set > widest)
+            continue;
+        SCOPED_TRACE(testing::Message() << "kernel set " << int(set));
+        detail::setFftKernelLimit(set);
+        for (unsigned int order = 2; order <= 13; ++order) {
+            checkAgainstOracle<RealFlavour<float>, float>(order, false);
+            checkAgainstOracle<RealFlavour<double>, double>(order, false);
+            checkAgainstOracle<InterleavedFlavour<float>, float>(order, false);
+            checkAgainstOracle<InterleavedFlavour<double>, double>(order, false);
+            checkAgainstOracle<DeinterleavedFlavour<float>, float>(order, false);
+            checkAgainstOracle<DeinterleavedFlavour<double>, double>(order, false);
+
+            unsigned int const n = 1u << order;
+            std::vector<Complex_Float> x(n), y(n);
+            for (unsigned int j = 0; j < n; ++j)
+                x[j] = {std::sin(0.3f * j), std::cos(0.7f * j * j)};
+            FFTState_Complex_Float_Interleaved* c = nullptr;
+            FFTInit(&c, order);
+            FFTFwd(x.data(), y.data(), c, nullptr);
+            FFTFwd(x.data(), x.data(), c, nullptr);
+            ASSERT_EQ(0, std::memcmp(x.data(), y.data(), n * sizeof(Complex_Float))) << "order " << order;
+            FFTInv(y.data(), x.data(), c, nullptr);
+            FFTInv(y.data(), y.data(), c, nullptr);
+            ASSERT_EQ(0, std::memcmp(x.data(), y.data(), n * sizeof(Complex_Float))) << "order " << order;
+            FFTFree(c);
+
+            std::vector<double> re(n), im(n), reOut(n), imOut(n);
+            for (unsigned int j = 0; j < n; ++j) {
+                re[j] = std::cos(0.1 * j * j);
+                im[j] = std::sin(1.3 * j);
+            }
+            FFTState_Complex_Double_Deinterleaved* d = nullptr;
+            FFTInit(&d, order);
+            FFTInv(re.data(), im.data(), reOut.data(), imOut.data(), d, nullptr);
+            FFTInv(re.data(), im.data(), re.data(), im.data(), d, nullptr);
+            ASSERT_EQ(re, reOut) << "order " << order;
+            ASSERT_EQ(im, imOut) << "order " << order;
+            FFTFree(d);
+        }
+    }
+    detail::setFftKernelLimit(widest);
 }
 
 TEST(FFT, OrderZeroLeavesTheStateUntouched)

@@ -63,15 +63,16 @@ FftKernels<double> const& portable<double>()
     return fftPortableDouble;
 }
 
-// The radices of the passes, largest first: radix 8 as far as the order allows (fewer passes
-// over memory), or radix 4 only.
+// The radices of the passes: radix 8 as far as the order allows (fewer passes over memory), after
+// the leading radix-4 passes asked for; or radix 4 only. The last pass is the one of 4 or 2 points
+// when there is one.
 struct Radices {
     unsigned int count = 0;
     unsigned int radix[FftPlan<float>::maxPasses] = {};
     void add(unsigned int r) { radix[count++] = r; }
 };
 
-Radices radices(unsigned int order, bool eights)
+Radices radices(unsigned int order, bool eights, unsigned int leadingFours)
 {
     Radices r;
     if (order == 1) {
@@ -80,6 +81,16 @@ Radices radices(unsigned int order, bool eights)
         for (unsigned int o = order; o > 0; o -= o >= 2 ? 2 : 1)
             r.add(o >= 2 ? 4 : 2);
     } else {
+        for (; leadingFours > 0 && order >= 5; --leadingFours, order -= 2)
+            r.add(4);
+        if (order == 1) {
+            r.add(2);
+            return r;
+        }
+        if (order == 2) {
+            r.add(4);
+            return r;
+        }
         unsigned int fours = order % 3 == 2 ? 1 : order % 3 == 1 ? 2 : 0;
         for (unsigned int e = (order - 2 * fours) / 3; e > 0; --e)
             r.add(8);
@@ -89,22 +100,42 @@ Radices radices(unsigned int order, bool eights)
     return r;
 }
 
+template <typename T>
+FftKernels<T> const& halfWide(T*);
+template <>
+FftKernels<float> const& halfWide(float*)
+{
+    return fftAvx512HalfFloat;
+}
+template <>
+FftKernels<double> const& halfWide(double*)
+{
+    return fftAvx512HalfDouble;
+}
+
 // A pass takes one register from each of its R parts of the transform, so a set's registers must
-// fit N/R points. The widest allowed set that fits radix 8, else the widest that fits radix 4.
+// fit N/R points. Radix 8 wants 32 registers, so it runs only on the AVX-512 builds (whose 256-bit
+// variant serves the transforms too short for 512-bit registers); radix 4 everywhere.
 template <typename T>
 FftKernels<T> const& kernelsFor(unsigned int size, bool& eights)
 {
     struct Choice {
+        FftKernels<T> const* k;
         FftKernelSet set;
         unsigned int radix;
     };
-    for (Choice c : {Choice{FftKernelSet::AVX512, 8}, Choice{FftKernelSet::AVX512, 4}, Choice{FftKernelSet::AVX2, 4}}) {
-        if (c.set > limit)
-            continue;
-        FftKernels<T> const& k = fftKernels(c.set, static_cast<T*>(nullptr));
-        if (size / c.radix >= k.width) {
+    T* t = nullptr;
+    Choice const choices[] = {
+        {&fftKernels(FftKernelSet::AVX512, t), FftKernelSet::AVX512, 8},
+        {&halfWide(t), FftKernelSet::AVX512, 8},
+        {&fftKernels(FftKernelSet::AVX512, t), FftKernelSet::AVX512, 4},
+        {&halfWide(t), FftKernelSet::AVX512, 4},
+        {&fftKernels(FftKernelSet::AVX2, t), FftKernelSet::AVX2, 4},
+    };
+    for (Choice const& c : choices) {
+        if (c.set <= limit && size / c.radix >= c.k->width) {
             eights = c.radix == 8;
-            return k;
+            return *c.k;
         }
     }
     eights = false;
@@ -160,7 +191,10 @@ FastFft<T>::FastFft(unsigned int order)
     unsigned int const size = 1u << order;
     bool eights = false;
     kernels = &kernelsFor<T>(size, eights);
-    Radices const r = radices(order, eights);
+    // On 16-lane registers, from 4096 points up, two radix-4 passes before the radix-8 ones: they
+    // do the narrow strides with fewer shuffles, and the larger sizes gain from it.
+    unsigned int const leadingFours = kernels->width == 16 && order >= 12 ? 2 : 0;
+    Radices const r = radices(order, eights, leadingFours);
     unsigned int const width = kernels->width;
     plan.size = size;
     plan.passCount = r.count;

@@ -2,6 +2,7 @@
 // reordering done by two-source permutes.
 
 #include <Cordel/IPP/detail/FftKernels.h>
+#include <Cordel/IPP/detail/FftRegisters256.h>
 #include <Cordel/IPP/detail/FftStages.h>
 
 #include <immintrin.h>
@@ -161,5 +162,7 @@ struct D8 : Shuffles<D8> {
 
 FftKernels<float> const fftAvx512Float = stages::kernels<F16>();
 FftKernels<double> const fftAvx512Double = stages::kernels<D8>();
+FftKernels<float> const fftAvx512HalfFloat = stages::kernels<F8>();
+FftKernels<double> const fftAvx512HalfDouble = stages::kernels<D4>();
 
 } // namespace Cordel::IPP::detail

@@ -95,5 +95,8 @@ extern FftKernels<float> const fftAvx2Float;
 extern FftKernels<double> const fftAvx2Double;
 extern FftKernels<float> const fftAvx512Float;
 extern FftKernels<double> const fftAvx512Double;
+// The 256-bit kernels built for AVX-512 (32 registers).
+extern FftKernels<float> const fftAvx512HalfFloat;
+extern FftKernels<double> const fftAvx512HalfDouble;
 
 } // namespace Cordel::IPP::detail

@@ -19,12 +19,16 @@
 
 namespace Cordel::IPP::detail::stages {
 
-// Where point j of a working buffer lives (see fftPadding).
+namespace {
+
+// Where point j of a working buffer lives (see FftPadding).
 template <typename T>
 [[gnu::always_inline]] inline std::size_t padded(std::size_t j)
 {
     return j + (j >> FftPadding<T>::chunkLog) * FftPadding<T>::pad;
 }
+
+} // namespace
 
 // Reads and writes of a pass: the caller's interleaved or split arrays, or a working buffer.
 enum class Layout { Interleaved, Split, Working };
