@@ -87,16 +87,28 @@ struct Shuffles {
     }
 
     // log2 R riffles of blocks of s: after them, block j of every register comes before block j + 1
-    // of any, in register order.
+    // of any, in register order. Blocks of half a register need only the halves paired.
     template <unsigned int R, unsigned int s, typename V>
     [[gnu::always_inline]] static void transpose(V* v)
     {
         constexpr unsigned int W = Self::width;
-        __m512i const lo = alternating<W, s, false>(), hi = alternating<W, s, true>();
-        riffle<R>(v, lo, hi);
-        riffle<R>(v, lo, hi);
-        if constexpr (R == 8)
+        if constexpr (2 * s == W) {
+            // (The immediate-operand shuffles would do, but this compiler warns about them.)
+            __m512i const lo = alternating<W, s, false>(), hi = alternating<W, s, true>();
+            V t[R];
+            for (unsigned int j = 0; j < R / 2; ++j) {
+                t[j] = Self::permute(v[2 * j], lo, v[2 * j + 1]);
+                t[R / 2 + j] = Self::permute(v[2 * j], hi, v[2 * j + 1]);
+            }
+            for (unsigned int j = 0; j < R; ++j)
+                v[j] = t[j];
+        } else {
+            __m512i const lo = alternating<W, s, false>(), hi = alternating<W, s, true>();
             riffle<R>(v, lo, hi);
+            riffle<R>(v, lo, hi);
+            if constexpr (R == 8)
+                riffle<R>(v, lo, hi);
+        }
     }
 };
 
