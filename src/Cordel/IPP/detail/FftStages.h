@@ -9,8 +9,10 @@
 //   reverse(v)                           lanes in reverse order
 //   transpose<R, s>(v)                   the R·width values of v[0..R−1] taken in blocks of s, block j
 //                                        of each in turn (v0 j, v1 j, ..., v0 j+1, ...), s < width
-// Only the kernel translation units include this, each with register types of its own, so every
-// instantiation has internal linkage and no wide code can serve a baseline caller.
+// Each kernel translation unit (the portable one too) includes this with register types of its
+// own, so every instantiation has internal linkage and no wide code can serve a baseline caller.
+// The passes are kept out of line: inlined into the drivers, their many reader/writer
+// combinations only bloat the code.
 
 #include <Cordel/IPP/detail/FftKernels.h>
 
@@ -59,6 +61,7 @@ template <typename S, Layout layout, bool inverse>
 struct Writer {
     using T = typename S::T;
     using V = typename S::V;
+    static constexpr bool working = layout == Layout::Working;
     T* re;
     T* im;
     V scale;
@@ -216,22 +219,24 @@ template <typename S, unsigned int R, typename Read, typename Write>
     }
 }
 
+// Only the last pass, which has no twiddles, writes outside the working buffers.
 template <typename S, unsigned int R, typename Read, typename Write>
 void passOfRadix(Read const read, Write const write, unsigned int n, FftPass<typename S::T> const& p)
 {
-    if (p.twiddles == nullptr) {
+    if constexpr (!Write::working) {
         passLast<S, R>(read, write, n);
-    } else if (p.stride >= S::width) {
-        if constexpr (R > 2)
+    } else if constexpr (R > 2) {
+        if (p.stride >= S::width) {
             passWide<S, R>(read, write, n, p);
-    } else if constexpr (S::width > 1 && R > 2) {
-        if (p.stride == 1) {
-            passNarrow<S, R, 1>(read, write, n, p);
-        } else if constexpr (S::width > 4) {
-            if (p.stride == 4) {
-                passNarrow<S, R, 4>(read, write, n, p);
-            } else if constexpr (S::width > 8) {
-                passNarrow<S, R, 8>(read, write, n, p);
+        } else if constexpr (S::width > 1) {
+            if (p.stride == 1) {
+                passNarrow<S, R, 1>(read, write, n, p);
+            } else if constexpr (S::width > 4) {
+                if (p.stride == 4) {
+                    passNarrow<S, R, 4>(read, write, n, p);
+                } else if constexpr (S::width > 8) {
+                    passNarrow<S, R, 8>(read, write, n, p);
+                }
             }
         }
     }
