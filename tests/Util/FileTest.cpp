@@ -366,6 +366,34 @@ TEST_F(FileTest, LargeReadsKeepPositionBufferAndEnd)
     EXPECT_EQ(got.substr(0, 30000), bytes.substr(0, 30000));
 }
 
+TEST_F(FileTest, LargeWritesKeepOrderAndPosition)
+{
+    std::string block(30000, '\0');
+    for (std::size_t i = 0; i < block.size(); ++i)
+        block[i] = static_cast<char>(i * 13 + i / 509);
+    File file(pathOf("written"));
+    file.Open(File::ModeWrite);
+    file.WriteBlock("head", 4);
+    file.WriteBlock(block.data(), 30000);
+    EXPECT_EQ(file.At().Get(), 30004u);
+    file.WriteBlock("mid", 3);
+    file.WriteBlock(block.data(), 20000);
+    EXPECT_EQ(file.Size(), 50007u);
+    file.At(0);
+    file.WriteBlock("HEAD", 4);
+    file.Close();
+    std::string expected = "HEAD";
+    expected.append(block).append("mid").append(block, 0, 20000);
+    EXPECT_EQ(readAll(PathOf("written")), expected);
+
+    file.Open(File::ModeWrite | File::ModeAppend);
+    file.WriteBlock("x", 1);
+    file.WriteBlock(block.data(), 17000);
+    file.Close();
+    expected.append("x").append(block, 0, 17000);
+    EXPECT_EQ(readAll(PathOf("written")), expected);
+}
+
 TEST_F(FileTest, BlocksAndPrimitivesRoundTrip)
 {
     File file(pathOf("blocks"));

@@ -83,7 +83,7 @@ BaseMode baseMode(unsigned int mode)
 // that too, but only for whole multiples of the buffer size, and fetches the rest through the
 // buffer with a second system call and a copy. The stream is left as fread would leave it: buffer
 // empty, cached offset advanced, end or error flag set.
-constexpr unsigned int directReadMinimum = 16384;
+constexpr unsigned int directTransferMinimum = 16384;
 
 std::size_t readDirect(std::FILE* f, char* dest, unsigned int count)
 {
@@ -115,7 +115,7 @@ std::size_t readBlock(std::FILE* f, char* dest, unsigned int count, bool readOnl
         f->_IO_read_ptr += count;
         return count;
     }
-    bool const direct = readOnly && count >= directReadMinimum && f->_IO_buf_base && f->_IO_save_base == nullptr;
+    bool const direct = readOnly && count >= directTransferMinimum && f->_IO_buf_base && f->_IO_save_base == nullptr;
     if (!direct)
         return ::fread_unlocked(dest, 1, count, f);
     if (buffered > 0)
@@ -126,14 +126,34 @@ std::size_t readBlock(std::FILE* f, char* dest, unsigned int count, bool readOnl
     return static_cast<std::size_t>(buffered) + readDirect(f, dest + buffered, count - static_cast<unsigned int>(buffered));
 }
 
-std::size_t writeBlock(std::FILE* f, char const* src, unsigned int count)
+// The same for writes: what is buffered goes first, then the block in one write(2). Write-only
+// streams only, for the reason given above.
+std::size_t writeBlock(std::FILE* f, char const* src, unsigned int count, bool writeOnly)
 {
     if (f->_IO_write_end - f->_IO_write_ptr >= static_cast<std::ptrdiff_t>(count)) {
         std::memcpy(f->_IO_write_ptr, src, count);
         f->_IO_write_ptr += count;
         return count;
     }
-    return ::fwrite_unlocked(src, 1, count, f);
+    if (!writeOnly || count < directTransferMinimum || f->_IO_buf_base == nullptr)
+        return ::fwrite_unlocked(src, 1, count, f);
+    if (::fflush_unlocked(f) != 0)
+        return 0;
+    std::size_t done = 0;
+    while (done < count) {
+        ssize_t const put = ::write(::fileno(f), src + done, count - done);
+        if (put > 0) {
+            done += static_cast<std::size_t>(put);
+        } else if (put < 0 && errno == EINTR) {
+            continue;
+        } else {
+            f->_flags |= _IO_ERR_SEEN;
+            break;
+        }
+    }
+    if (f->_offset >= 0)
+        f->_offset += static_cast<off64_t>(done);
+    return done;
 }
 
 } // namespace
@@ -271,7 +291,8 @@ void File::WriteBlock(char const* src, unsigned int count)
         return;
     if (!handle)
         fail(String("Attempt to write %1 bytes when not open").Arg(count), path, FileIO::WriteError, lineWriteClosed);
-    std::size_t const put = writeBlock(handle, src, count);
+    BaseMode const base = baseMode(mode);
+    std::size_t const put = writeBlock(handle, src, count, base == ModeW || base == ModeA);
     if (put < count)
         fail(String("Attempt to write %1 bytes, only wrote %2 bytes").Arg(count).Arg(static_cast<unsigned long long>(put)),
              path, FileIO::WriteError, lineWrite);
