@@ -22,20 +22,22 @@ void floatToInt24(std::size_t n, float const* in, unsigned char* out)
     hasAVX2 ? avx2::floatToInt24(n, in, out) : kernels::floatToInt24(n, in, out);
 }
 
-bool encodeFloatSamples(std::size_t samples, unsigned int bytesPerSample, bool isFloat, float const* in, unsigned char* out)
+bool encodesFloat(unsigned int bytesPerSample, bool isFloat)
+{
+    return isFloat ? bytesPerSample == 4 : bytesPerSample >= 2 && bytesPerSample <= 4;
+}
+
+void encodeFloatSamples(std::size_t samples, unsigned int bytesPerSample, bool isFloat, float const* in, unsigned char* out)
 {
     if (isFloat) {
-        if (bytesPerSample != 4)
-            return false;
         if (samples)
             std::memcpy(out, in, samples * 4);
-        return true;
+        return;
     }
     switch (bytesPerSample) {
-    case 2: IPP::Convert(unsigned(samples), in, reinterpret_cast<short*>(out), -15, false); return true;
-    case 3: floatToInt24(samples, in, out); return true;
-    case 4: IPP::Convert(unsigned(samples), in, reinterpret_cast<int*>(out), -31, false); return true;
-    default: return false;
+    case 2: IPP::Convert(unsigned(samples), in, reinterpret_cast<short*>(out), -15, false); break;
+    case 3: floatToInt24(samples, in, out); break;
+    default: IPP::Convert(unsigned(samples), in, reinterpret_cast<int*>(out), -31, false); break;
     }
 }
 

@@ -14,8 +14,9 @@ void floatToInt24(std::size_t n, float const* in, unsigned char* out);
 
 // Float samples to the bytes of an integer or float file format, little-endian: 16-bit x * 2^15
 // and 32-bit x * 2^31, both truncated and saturated (NaN gives 0), 24-bit as above, float as it
-// is. False when the format has no float conversion (8-bit and 64-bit files).
-bool encodeFloatSamples(std::size_t samples, unsigned int bytesPerSample, bool isFloat, float const* in, unsigned char* out);
+// is. Only for formats that encodesFloat accepts (8-bit and 64-bit files have no float conversion).
+void encodeFloatSamples(std::size_t samples, unsigned int bytesPerSample, bool isFloat, float const* in, unsigned char* out);
+bool encodesFloat(unsigned int bytesPerSample, bool isFloat);
 
 // Reverses the bytes of each sample in place (big-endian files to little-endian order).
 void swapSampleBytes(std::size_t samples, unsigned int bytesPerSample, unsigned char* data);
