@@ -1,5 +1,5 @@
 #pragma once
-// The table of hot loops, one instance per instruction set, and the instance in use.
+// The hot loops, one table per instruction set, and the copy of one of them that calls go through.
 
 namespace Cordel::IPP::detail {
 
@@ -12,7 +12,9 @@ struct Kernels {
     void (*shortToFloat)(unsigned int n, short const* src, float* dst, float factor);
     void (*floatToShort)(unsigned int n, float const* src, short* dst, float multiplier, float bias);
     void (*intToFloat)(unsigned int n, int const* src, float* dst);
-    void (*floatToInt)(unsigned int n, float const* src, int* dst, double multiplier, bool round);
+    // The multiplier is a power of two from 2^-64 to 2^64 (see floatToIntLoop).
+    void (*floatToInt)(unsigned int n, float const* src, int* dst, float multiplier);
+    void (*floatToIntRounded)(unsigned int n, float const* src, int* dst, float multiplier);
     void (*interleaveShort)(unsigned int n, short const* left, short const* right, short* dst);
     void (*interleaveFloat)(unsigned int n, float const* left, float const* right, float* dst);
     void (*deinterleaveShort)(unsigned int n, short const* src, short* left, short* right);
@@ -27,9 +29,10 @@ extern Kernels const baselineKernels;
 extern Kernels const avx2Kernels;
 extern Kernels const avx512Kernels;
 
-// Never null: it points at the baseline table until the library's load-time selection runs.
-extern Kernels const* activeKernels;
-
-inline Kernels const& kernels() { return *activeKernels; }
+// A copy of the table in use rather than a pointer to it: a call loads its target straight from
+// here, one load and one indirect jump, which is a good part of the cost of a 64-element call.
+// It holds the baseline loops from the start (constant initialisation), so that other load-time
+// code may call the vector layer before the selection runs.
+extern Kernels active;
 
 } // namespace Cordel::IPP::detail
