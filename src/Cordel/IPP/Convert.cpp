@@ -2,6 +2,7 @@
 
 #include "detail/Kernels.h"
 
+#include <array>
 #include <bit>
 #include <cmath>
 #include <cstdint>
@@ -18,10 +19,19 @@ int wrappedPowerOfTwo(int shift)
 
 // 2^exponent for exponents within float's normal range, built from its bits: exact, and without
 // the latency of a division or a library call in front of a short vector.
-float powerOfTwo(int exponent)
+constexpr float powerOfTwo(int exponent)
 {
     return std::bit_cast<float>(static_cast<std::uint32_t>(exponent + 127) << 23);
 }
+
+// 1 / (1 << s) for every shift s: 2^-s, and -2^-31 where the shift by 31 wraps to -2^31.
+constexpr auto shortScaleFactors = [] {
+    std::array<float, 32> factors{};
+    for (int s = 0; s < 31; ++s)
+        factors[s] = powerOfTwo(-s);
+    factors[31] = -powerOfTwo(-31);
+    return factors;
+}();
 
 // The float-to-int conversion is defined in double, but within these scale factors float gives the
 // same result for every input, so the kernels work at float width:
@@ -48,10 +58,7 @@ void Convert(unsigned int n, unsigned char const* src, float* dst) { plain(n, sr
 
 void Convert(unsigned int n, short const* src, float* dst, int scaleFactor)
 {
-    // 1 / (1 << s): 2^-s, and -2^-31 where the shift by 31 wraps to -2^31.
-    unsigned int const shift = static_cast<unsigned int>(scaleFactor) & 31u;
-    float const factor = shift == 31 ? -powerOfTwo(-31) : powerOfTwo(-static_cast<int>(shift));
-    detail::active.shortToFloat(n, src, dst, factor);
+    detail::active.shortToFloat(n, src, dst, shortScaleFactors[static_cast<unsigned int>(scaleFactor) & 31u]);
 }
 
 void Convert(unsigned int n, short const* src, double* dst, int scaleFactor)
