@@ -33,18 +33,18 @@ void deinterleave(unsigned int channels, unsigned int n, T const* src, T* const*
 
 void Interleave(unsigned int n, short const* left, short const* right, short* dst, bool)
 {
-    detail::active.interleaveShort(n, left, right, dst);
+    detail::kernels().interleaveShort(n, left, right, dst);
 }
 
 void Interleave(unsigned int n, float const* left, float const* right, float* dst, bool)
 {
-    detail::active.interleaveFloat(n, left, right, dst);
+    detail::kernels().interleaveFloat(n, left, right, dst);
 }
 
 void Interleave(unsigned int channels, unsigned int n, float const* const* src, float* dst, bool)
 {
     if (channels == 2)
-        detail::active.interleaveFloat(n, src[0], src[1], dst);
+        detail::kernels().interleaveFloat(n, src[0], src[1], dst);
     else
         interleave(channels, n, src, dst);
 }
@@ -56,18 +56,18 @@ void Interleave(unsigned int channels, unsigned int n, double const* const* src,
 
 void Deinterleave(unsigned int n, short const* src, short* left, short* right, bool)
 {
-    detail::active.deinterleaveShort(n, src, left, right);
+    detail::kernels().deinterleaveShort(n, src, left, right);
 }
 
 void Deinterleave(unsigned int n, float const* src, float* left, float* right, bool)
 {
-    detail::active.deinterleaveFloat(n, src, left, right);
+    detail::kernels().deinterleaveFloat(n, src, left, right);
 }
 
 void Deinterleave(unsigned int channels, unsigned int n, float const* src, float* const* dst, bool)
 {
     if (channels == 2)
-        detail::active.deinterleaveFloat(n, src, dst[0], dst[1]);
+        detail::kernels().deinterleaveFloat(n, src, dst[0], dst[1]);
     else
         deinterleave(channels, n, src, dst);
 }

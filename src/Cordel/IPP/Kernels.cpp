@@ -7,15 +7,13 @@
 namespace Cordel::IPP::detail {
 
 Kernels const baselineKernels = makeKernels();
-constinit Kernels active = makeKernels();
+Kernels const* activeKernels = &baselineKernels;
 
 } // namespace Cordel::IPP::detail
 
 namespace Cordel::IPP {
 
 namespace {
-
-InstructionSet activeSet = InstructionSet::Baseline;
 
 detail::Kernels const* tableFor(InstructionSet set)
 {
@@ -63,14 +61,20 @@ bool IsSupported(InstructionSet set)
     return false;
 }
 
-InstructionSet ActiveInstructionSet() { return activeSet; }
+InstructionSet ActiveInstructionSet()
+{
+    if (detail::activeKernels == &detail::avx512Kernels)
+        return InstructionSet::AVX512;
+    if (detail::activeKernels == &detail::avx2Kernels)
+        return InstructionSet::AVX2;
+    return InstructionSet::Baseline;
+}
 
 bool UseInstructionSet(InstructionSet set)
 {
     if (!IsSupported(set))
         return false;
-    detail::active = *tableFor(set);
-    activeSet = set;
+    detail::activeKernels = tableFor(set);
     return true;
 }
 

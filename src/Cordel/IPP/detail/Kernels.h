@@ -1,5 +1,5 @@
 #pragma once
-// The hot loops, one table per instruction set, and the copy of one of them that calls go through.
+// The table of hot loops, one instance per instruction set, and the instance in use.
 
 namespace Cordel::IPP::detail {
 
@@ -29,10 +29,9 @@ extern Kernels const baselineKernels;
 extern Kernels const avx2Kernels;
 extern Kernels const avx512Kernels;
 
-// A copy of the table in use rather than a pointer to it: a call loads its target straight from
-// here, one load and one indirect jump, which is a good part of the cost of a 64-element call.
-// It holds the baseline loops from the start (constant initialisation), so that other load-time
-// code may call the vector layer before the selection runs.
-extern Kernels active;
+// Never null: it points at the baseline table until the library's load-time selection runs.
+extern Kernels const* activeKernels;
+
+inline Kernels const& kernels() { return *activeKernels; }
 
 } // namespace Cordel::IPP::detail
