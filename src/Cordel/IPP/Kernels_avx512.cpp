@@ -1,6 +1,5 @@
 // The hot loops compiled for AVX-512 (the build adds the instruction-set flags to this file). The
 // compiler widens most of them well by itself; conversions and interleaving are spelled out.
-#pragma GCC target("prefer-vector-width=512")
 #define CORDEL_KERNEL_VECTOR_BYTES 64
 #include "detail/KernelLoops.h"
 
@@ -11,7 +10,9 @@
 
 // The AVX-512 intrinsics start some results from a deliberately undefined register, which GCC 12
 // then reports as possibly uninitialised.
+#if !defined(__clang__)
 #pragma GCC diagnostic ignored "-Wmaybe-uninitialized"
+#endif
 
 namespace Cordel::IPP::detail {
 

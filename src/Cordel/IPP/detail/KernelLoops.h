@@ -6,7 +6,7 @@
 //
 // Every loop states its element's result exactly as the portable definition does, and the
 // compiler only widens it. Contraction of a·b + c into one fused instruction would change the
-// rounding, so it is switched off for these loops.
+// rounding, so the library is built with -ffp-contract=off.
 
 #include "Kernels.h"
 
@@ -14,8 +14,6 @@
 #error "define CORDEL_KERNEL_VECTOR_BYTES before including KernelLoops.h"
 #endif
 
-#pragma GCC push_options
-#pragma GCC optimize("fp-contract=off")
 
 namespace Cordel::IPP::detail {
 namespace {
@@ -174,4 +172,3 @@ constexpr Kernels makeKernels()
 } // namespace
 } // namespace Cordel::IPP::detail
 
-#pragma GCC pop_options
