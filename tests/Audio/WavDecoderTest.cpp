@@ -4,6 +4,7 @@
 #include "RiffBuilder.h"
 #include "TempFolder.h"
 
+#include <algorithm>
 #include <cmath>
 #include <cstring>
 
@@ -285,4 +286,59 @@ TEST_F(WavDecoder, StateRulesBeforeAndAfterSync)
     EXPECT_THROW(d.ReadInt16Interleaved(1, s, n), BadFormat);
     d.Sync(); // a closed reader syncs again from the start
     EXPECT_EQ(d.GetSamplePos(), 0u);
+}
+
+TEST_F(WavDecoder, SpecialFloatValuesReadAsInt16)
+{
+    // Long enough for the vectorised loops, with the awkward values scattered through it.
+    std::vector<float> values(1000);
+    for (std::size_t i = 0; i < values.size(); ++i)
+        values[i] = std::sin(float(i)) * 1.2f;
+    float const awkward[] = {NAN, -NAN, INFINITY, -INFINITY, 0.0f, -0.0f, 1.0f, -1.0f, 0.99999994f, -1.0000001f,
+                             1e-45f, -1e-45f, -0.99998474f, 3e38f};
+    for (std::size_t k = 0; k < std::size(awkward); ++k)
+        values[67 * k + 3] = awkward[k];
+    Bytes body;
+    for (float v : values) {
+        unsigned bits;
+        std::memcpy(&bits, &v, 4);
+        body.le32(bits);
+    }
+    Decoder& d = open(wav(3, 1, 32, body.data));
+    d.Sync();
+    std::vector<short> s(values.size());
+    unsigned int n;
+    d.ReadInt16Interleaved(unsigned(s.size()), s.data(), n);
+    ASSERT_EQ(n, values.size());
+    for (std::size_t i = 0; i < values.size(); ++i) {
+        double const x = values[i];
+        double const expected = std::isnan(x) ? 0 : std::trunc(std::clamp(x * 32768.0, -32768.0, 32767.0));
+        ASSERT_EQ(s[i], short(expected)) << "sample " << i << " = " << x;
+    }
+}
+
+TEST_F(WavDecoder, Long24BitReadsAreExact)
+{
+    // Enough samples for the vector loops and their ends, every byte pattern of the sign and the
+    // extremes among them.
+    std::vector<int> values(1001);
+    unsigned int noise = 7;
+    for (std::size_t i = 0; i < values.size(); ++i) {
+        noise = noise * 1664525u + 1013904223u;
+        values[i] = static_cast<int>(noise >> 8) - (1 << 23);
+    }
+    int const extremes[] = {-8388608, 8388607, -1, 0, 1, -8388607, 65535, -65536};
+    for (std::size_t k = 0; k < std::size(extremes); ++k)
+        values[97 * k + 11] = extremes[k];
+    Bytes body;
+    for (int v : values)
+        body.u8(v & 0xFF).u8((v >> 8) & 0xFF).u8((v >> 16) & 0xFF);
+    Decoder& d = open(wav(1, 1, 24, body.data));
+    d.Sync();
+    std::vector<float> f(values.size());
+    unsigned int n;
+    d.ReadFloatInterleaved(unsigned(f.size()), f.data(), n);
+    ASSERT_EQ(n, values.size());
+    for (std::size_t i = 0; i < values.size(); ++i)
+        ASSERT_EQ(f[i], std::ldexp(float(values[i]), -23)) << "sample " << i << " = " << values[i];
 }

@@ -5,6 +5,7 @@
 #include "RiffBuilder.h"
 #include "TempFolder.h"
 
+#include <algorithm>
 #include <cmath>
 #include <random>
 
@@ -212,4 +213,41 @@ TEST_F(WavEncoder, OutOfRangeSamplesWrapAt24BitsAndSaturateAt16And32)
         double const s32 = std::isnan(x) ? 0 : std::trunc(std::clamp(double(float(x * 2147483648.0)), -2147483648.0, 2147483647.0));
         ASSERT_EQ(int(le32(b32, 4 * i)), int(s32)) << "sample " << i << " = " << x;
     }
+}
+
+TEST_F(WavEncoder, UnevenBlocksAndRawWritesKeepTheirOrder)
+{
+    // Stereo 24-bit frames do not divide the writer's internal buffer, and the blocks below cross
+    // its boundary at every offset; a raw write in the middle and a chunk at the end must land
+    // after everything converted before them.
+    std::vector<float> samples(2 * 40000);
+    for (std::size_t i = 0; i < samples.size(); ++i)
+        samples[i] = std::sin(0.01f * float(i)) * 0.9f;
+    unsigned char const raw[6] = {1, 2, 3, 4, 5, 6};
+    Encoder e(path(), WaveFormat{2, 3, 44100, false, 0});
+    e.Open();
+    unsigned int at = 0;
+    for (unsigned int block : {1u, 4095u, 10923u, 7u, 20000u}) {
+        e.WriteFloatInterleaved(block, samples.data() + 2 * at);
+        at += block;
+    }
+    e.WriteRawInterleaved(1, raw);
+    e.WriteFloatInterleaved(40000 - at, samples.data() + 2 * at);
+    std::vector<unsigned char> const body = {'a', 'b', 'c'};
+    e.WriteApplicationChunk(0x74657374, body); // "test"
+    e.Close();
+
+    auto const b = bytes();
+    ASSERT_EQ(le32(b, 40), 40001u * 6);
+    auto sample = [&](std::size_t i) { return b[44 + 3 * i] | (b[45 + 3 * i] << 8) | (b[46 + 3 * i] << 16); };
+    for (std::size_t i = 0; i < samples.size(); ++i) {
+        std::size_t const pos = i < 2 * std::size_t(at) ? i : i + 2; // the raw frame sits at frame `at`
+        double const x = samples[i];
+        long long const v = static_cast<long long>(x * 8388607.0 + (x < 0 ? -0.5 : 0.5));
+        ASSERT_EQ(sample(pos), int(v & 0xFFFFFF)) << "sample " << i;
+    }
+    EXPECT_TRUE(std::equal(raw, raw + 6, b.begin() + 44 + 6 * std::ptrdiff_t(at)));
+    std::size_t const chunk = 44 + 40001 * 6;
+    EXPECT_EQ(std::string(b.begin() + chunk, b.begin() + chunk + 4), "test");
+    EXPECT_EQ(std::string(b.begin() + chunk + 8, b.end() - 1), "abc");
 }

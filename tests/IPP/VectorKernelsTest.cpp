@@ -29,7 +29,8 @@ std::vector<float> testFloats(unsigned int n, unsigned int seed)
     std::vector<float> const special{0.0f, -0.0f, 1.5f, -1.5f, 0.5f, -0.5f, 0.49999997f, -0.49999997f, 2.5f,
                                      -1.7f, 32767.0f, 32767.5f, 32768.0f, -32768.0f, -32768.5f, -32769.0f,
                                      40000.0f, -40000.0f, 2147483520.0f, 2147483648.0f, -2147483648.0f,
-                                     -2147483904.0f, 1e30f, -1e30f, inf, -inf, nan, 1e-40f, -1e-40f};
+                                     -2147483904.0f, 1e30f, -1e30f, inf, -inf, nan, 1e-40f, -1e-40f,
+                                     1e-45f, 8388607.5f, -8388607.5f, 4194303.75f, 0.75f, -2.5f, 6.0f, 3e-39f};
     std::mt19937 random(seed);
     std::uniform_real_distribution<float> wide(-70000.0f, 70000.0f);
     std::vector<float> v(n);
@@ -99,7 +100,9 @@ TEST_P(VectorKernels, ConversionsMatchTheScalarDefinition)
 {
     for (unsigned int n : lengths) {
         std::vector<float> const x = testFloats(n, n + 1);
-        for (int scaleFactor : {0, -15, -31, 3}) {
+        // Multipliers on both sides of the float-width kernels' limits, and ones that make halves
+        // of odd values and products beyond float's range.
+        for (int scaleFactor : {0, -15, -31, 3, 1, 2, 24, -64, 64, -65, 65, -127, 150, -1000}) {
             float const m16 = float(int(1u << (unsigned(-scaleFactor) & 31u)));
             double const m32 = std::pow(2.0, -scaleFactor);
             for (bool round : {false, true}) {

@@ -329,6 +329,71 @@ TEST_F(FileTest, RemainingAndSize)
     EXPECT_EQ(written.Size(), 6u);
 }
 
+TEST_F(FileTest, LargeReadsKeepPositionBufferAndEnd)
+{
+    // Large blocks bypass the stream's buffer; small reads, seeks and positions around them must
+    // not notice.
+    std::string bytes(100000, '\0');
+    for (std::size_t i = 0; i < bytes.size(); ++i)
+        bytes[i] = static_cast<char>(i * 7 + i / 251);
+    writeAll(PathOf("large"), bytes);
+    File file(pathOf("large"));
+    file.Open(File::ModeRead);
+    std::string got(40000, '\0');
+    file.ReadBlock(got.data(), 44);
+    file.ReadBlock(got.data() + 44, 39956);
+    EXPECT_EQ(got, bytes.substr(0, 40000));
+    EXPECT_EQ(file.At().Get(), 40000u);
+    unsigned short small = 0;
+    file.ReadPrimitive(small);
+    EXPECT_EQ(small, static_cast<unsigned char>(bytes[40000]) | static_cast<unsigned char>(bytes[40001]) << 8);
+    file.At(3);
+    file.ReadBlock(got.data(), 20000);
+    EXPECT_EQ(got.substr(0, 20000), bytes.substr(3, 20000));
+    file.At(20000);
+    file.ReadBlock(got.data(), 1);
+    EXPECT_EQ(got[0], bytes[20000]);
+    EXPECT_EQ(file.Remaining().Get(), 79999u);
+
+    file.At(70000);
+    expectFailure([&] { file.ReadBlock(got.data(), 40000); }, "Attempt to read 40000 bytes, only read 30000 bytes", 2, 430);
+    EXPECT_EQ(got.substr(0, 30000), bytes.substr(70000));
+    EXPECT_TRUE(file.AtEnd());
+    EXPECT_EQ(file.At().Get(), 100000u);
+    file.At(0);
+    EXPECT_FALSE(file.AtEnd());
+    file.ReadBlock(got.data(), 30000);
+    EXPECT_EQ(got.substr(0, 30000), bytes.substr(0, 30000));
+}
+
+TEST_F(FileTest, LargeWritesKeepOrderAndPosition)
+{
+    std::string block(30000, '\0');
+    for (std::size_t i = 0; i < block.size(); ++i)
+        block[i] = static_cast<char>(i * 13 + i / 509);
+    File file(pathOf("written"));
+    file.Open(File::ModeWrite);
+    file.WriteBlock("head", 4);
+    file.WriteBlock(block.data(), 30000);
+    EXPECT_EQ(file.At().Get(), 30004u);
+    file.WriteBlock("mid", 3);
+    file.WriteBlock(block.data(), 20000);
+    EXPECT_EQ(file.Size(), 50007u);
+    file.At(0);
+    file.WriteBlock("HEAD", 4);
+    file.Close();
+    std::string expected = "HEAD";
+    expected.append(block).append("mid").append(block, 0, 20000);
+    EXPECT_EQ(readAll(PathOf("written")), expected);
+
+    file.Open(File::ModeWrite | File::ModeAppend);
+    file.WriteBlock("x", 1);
+    file.WriteBlock(block.data(), 17000);
+    file.Close();
+    expected.append("x").append(block, 0, 17000);
+    EXPECT_EQ(readAll(PathOf("written")), expected);
+}
+
 TEST_F(FileTest, BlocksAndPrimitivesRoundTrip)
 {
     File file(pathOf("blocks"));

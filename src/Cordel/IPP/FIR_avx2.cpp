@@ -6,9 +6,8 @@
 
 #include <immintrin.h>
 
-// The compiler would otherwise fuse a product and its sum into one rounding, and the block form
-// would drift from the one-sample form.
-#pragma GCC optimize("fp-contract=off")
+// The library is built with -ffp-contract=off: a product and its sum are never fused into one
+// rounding, so the block form matches the one-sample form bit for bit.
 
 namespace Cordel::IPP::detail {
 

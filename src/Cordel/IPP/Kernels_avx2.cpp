@@ -34,29 +34,32 @@ void floatToShortAvx2(unsigned int n, float const* src, short* dst, float multip
     floatToShortLoop(n - i, src + i, dst + i, multiplier, bias);
 }
 
+// x·m at float width, which gives the double definition's result for the multipliers the caller
+// passes (see Convert.cpp). Clamped to [-2^31, 2^31] first, NaN to 0; the truncation turns 2^31
+// into 0x80000000, which the last step flips to 0x7FFFFFFF.
 template <bool Round>
-__m128i scaleToInt(__m128 x, __m256d m)
+__m256i scaleToInt(__m256 x, __m256 m)
 {
-    __m256d v = _mm256_mul_pd(_mm256_cvtps_pd(x), m);
+    __m256 const lo = _mm256_set1_ps(-2147483648.0f);
+    __m256 const hi = _mm256_set1_ps(2147483648.0f);
+    __m256 v = _mm256_max_ps(lo, _mm256_min_ps(hi, _mm256_mul_ps(x, m)));
+    v = _mm256_and_ps(v, _mm256_cmp_ps(v, v, _CMP_ORD_Q));
+    __m256i i = _mm256_cvttps_epi32(v);
     if constexpr (Round) {
-        __m256d const ge = _mm256_cmp_pd(v, _mm256_setzero_pd(), _CMP_GE_OQ);
-        v = _mm256_add_pd(v, _mm256_blendv_pd(_mm256_set1_pd(-0.5), _mm256_set1_pd(0.5), ge));
+        // Half away from zero: add trunc(2·fraction), which is −1, 0 or 1.
+        __m256 const fraction = _mm256_sub_ps(v, _mm256_round_ps(v, _MM_FROUND_TO_ZERO | _MM_FROUND_NO_EXC));
+        i = _mm256_add_epi32(i, _mm256_cvttps_epi32(_mm256_add_ps(fraction, fraction)));
     }
-    v = _mm256_max_pd(_mm256_set1_pd(-2147483648.0), _mm256_min_pd(_mm256_set1_pd(2147483647.0), v));
-    v = _mm256_and_pd(v, _mm256_cmp_pd(v, v, _CMP_ORD_Q));
-    return _mm256_cvttpd_epi32(v);
+    return _mm256_xor_si256(i, _mm256_castps_si256(_mm256_cmp_ps(v, hi, _CMP_GE_OQ)));
 }
 
 template <bool Round>
-void floatToIntAvx2(unsigned int n, float const* src, int* dst, double multiplier)
+void floatToIntAvx2(unsigned int n, float const* src, int* dst, float multiplier)
 {
-    __m256d const m = _mm256_set1_pd(multiplier);
+    __m256 const m = _mm256_set1_ps(multiplier);
     unsigned int i = 0;
-    for (; i + 8 <= n; i += 8) {
-        __m128i const a = scaleToInt<Round>(_mm_loadu_ps(src + i), m);
-        __m128i const b = scaleToInt<Round>(_mm_loadu_ps(src + i + 4), m);
-        _mm256_storeu_si256(reinterpret_cast<__m256i*>(dst + i), _mm256_set_m128i(b, a));
-    }
+    for (; i + 8 <= n; i += 8)
+        _mm256_storeu_si256(reinterpret_cast<__m256i*>(dst + i), scaleToInt<Round>(_mm256_loadu_ps(src + i), m));
     floatToIntLoop<Round>(n - i, src + i, dst + i, multiplier);
 }
 
@@ -123,7 +126,8 @@ constexpr Kernels makeAvx2Kernels()
 {
     Kernels k = makeKernels();
     k.floatToShort = floatToShortAvx2;
-    k.floatToInt = floatToIntBy<floatToIntAvx2<true>, floatToIntAvx2<false>>;
+    k.floatToInt = floatToIntAvx2<false>;
+    k.floatToIntRounded = floatToIntAvx2<true>;
     k.interleaveFloat = interleaveFloatAvx2;
     k.deinterleaveFloat = deinterleaveFloatAvx2;
     k.interleaveShort = interleaveShortAvx2;

@@ -7,6 +7,7 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <cerrno>
 #include <cstddef>
 #include <cstring>
 #include <string>
@@ -77,24 +78,82 @@ BaseMode baseMode(unsigned int mode)
 // Streams of single values move a few bytes per call, and a call through fread or fwrite costs
 // more than the copy. While the block fits in what the stdio buffer holds, copy it there directly,
 // as getc_unlocked and putc_unlocked do byte by byte; otherwise let the C library refill or flush.
-std::size_t readBlock(std::FILE* f, char* dest, unsigned int count)
+//
+// A large block goes past the buffer in one read(2) straight into the caller's memory. fread does
+// that too, but only for whole multiples of the buffer size, and fetches the rest through the
+// buffer with a second system call and a copy. The stream is left as fread would leave it: buffer
+// empty, cached offset advanced, end or error flag set.
+constexpr unsigned int directTransferMinimum = 16384;
+
+std::size_t readDirect(std::FILE* f, char* dest, unsigned int count)
 {
-    if (f->_IO_read_end - f->_IO_read_ptr >= static_cast<std::ptrdiff_t>(count)) {
+    std::size_t done = 0;
+    while (done < count) {
+        ssize_t const got = ::read(::fileno(f), dest + done, count - done);
+        if (got > 0) {
+            done += static_cast<std::size_t>(got);
+        } else if (got == 0) {
+            f->_flags |= _IO_EOF_SEEN;
+            break;
+        } else if (errno != EINTR) {
+            f->_flags |= _IO_ERR_SEEN;
+            break;
+        }
+    }
+    if (f->_offset >= 0)
+        f->_offset += static_cast<off64_t>(done);
+    return done;
+}
+
+// Read-only streams only: a stream that also writes has a mode of its own to switch, which is
+// fread's business.
+std::size_t readBlock(std::FILE* f, char* dest, unsigned int count, bool readOnly)
+{
+    std::ptrdiff_t const buffered = f->_IO_read_end - f->_IO_read_ptr;
+    if (buffered >= static_cast<std::ptrdiff_t>(count)) {
         std::memcpy(dest, f->_IO_read_ptr, count);
         f->_IO_read_ptr += count;
         return count;
     }
-    return ::fread_unlocked(dest, 1, count, f);
+    bool const direct = readOnly && count >= directTransferMinimum && f->_IO_buf_base && f->_IO_save_base == nullptr;
+    if (!direct)
+        return ::fread_unlocked(dest, 1, count, f);
+    if (buffered > 0)
+        std::memcpy(dest, f->_IO_read_ptr, static_cast<std::size_t>(buffered));
+    // Nothing buffered is valid any more: empty both areas, as fread does before reading directly.
+    f->_IO_read_base = f->_IO_read_ptr = f->_IO_read_end = f->_IO_buf_base;
+    f->_IO_write_base = f->_IO_write_ptr = f->_IO_write_end = f->_IO_buf_base;
+    return static_cast<std::size_t>(buffered) + readDirect(f, dest + buffered, count - static_cast<unsigned int>(buffered));
 }
 
-std::size_t writeBlock(std::FILE* f, char const* src, unsigned int count)
+// The same for writes: what is buffered goes first, then the block in one write(2). Write-only
+// streams only, for the reason given above.
+std::size_t writeBlock(std::FILE* f, char const* src, unsigned int count, bool writeOnly)
 {
     if (f->_IO_write_end - f->_IO_write_ptr >= static_cast<std::ptrdiff_t>(count)) {
         std::memcpy(f->_IO_write_ptr, src, count);
         f->_IO_write_ptr += count;
         return count;
     }
-    return ::fwrite_unlocked(src, 1, count, f);
+    if (!writeOnly || count < directTransferMinimum || f->_IO_buf_base == nullptr)
+        return ::fwrite_unlocked(src, 1, count, f);
+    if (::fflush_unlocked(f) != 0)
+        return 0;
+    std::size_t done = 0;
+    while (done < count) {
+        ssize_t const put = ::write(::fileno(f), src + done, count - done);
+        if (put > 0) {
+            done += static_cast<std::size_t>(put);
+        } else if (put < 0 && errno == EINTR) {
+            continue;
+        } else {
+            f->_flags |= _IO_ERR_SEEN;
+            break;
+        }
+    }
+    if (f->_offset >= 0)
+        f->_offset += static_cast<off64_t>(done);
+    return done;
 }
 
 } // namespace
@@ -215,7 +274,7 @@ void File::ReadBlock(char* dest, unsigned int count)
                  FileIO::ReadError, lineReadText);
         return;
     }
-    std::size_t const got = readBlock(handle, dest, count);
+    std::size_t const got = readBlock(handle, dest, count, !isWritable(mode));
     if (got < count)
         fail(String("Attempt to read %1 bytes, only read %2 bytes").Arg(count).Arg(static_cast<unsigned long long>(got)),
              path, FileIO::ReadError, lineReadBinary);
@@ -232,7 +291,8 @@ void File::WriteBlock(char const* src, unsigned int count)
         return;
     if (!handle)
         fail(String("Attempt to write %1 bytes when not open").Arg(count), path, FileIO::WriteError, lineWriteClosed);
-    std::size_t const put = writeBlock(handle, src, count);
+    BaseMode const base = baseMode(mode);
+    std::size_t const put = writeBlock(handle, src, count, base == ModeW || base == ModeA);
     if (put < count)
         fail(String("Attempt to write %1 bytes, only wrote %2 bytes").Arg(count).Arg(static_cast<unsigned long long>(put)),
              path, FileIO::WriteError, lineWrite);

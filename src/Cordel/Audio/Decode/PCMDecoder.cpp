@@ -1,6 +1,8 @@
 #include <Cordel/Audio/Decode/BadFormat.h>
 #include <Cordel/Audio/Decode/PCMDecoder.h>
 #include <Cordel/Audio/detail/SampleConversion.h>
+#include <Cordel/IPP/Arithmetic.h>
+#include <Cordel/IPP/Convert.h>
 #include <Cordel/Util/detail/Throw.h>
 
 #include <algorithm>
@@ -132,10 +134,17 @@ void PCMDecoder::rawToFloat(unsigned int samples, float* out)
     unsigned char const* raw = rawBuffer.data();
     switch (format.isFloat ? 0 : format.bytesPerSample) {
     case 0: std::memcpy(out, raw, std::size_t(samples) * 4); break;
-    case 1: unsigned8ToFloat(samples, raw, out); break;
-    case 2: int16ToFloat(samples, raw, out); break;
+    case 1:
+        IPP::Convert(samples, raw, out);
+        IPP::Normalize(samples, out, out, 128.0f, 128.0f);
+        break;
+    case 2: IPP::Convert(samples, reinterpret_cast<short const*>(raw), out, 15); break;
     case 3: int24ToFloat(samples, raw, out); break;
-    default: int32ToFloat(samples, raw, out); break;
+    default:
+        // The vector layer converts 32-bit integers without scaling them.
+        IPP::Convert(samples, reinterpret_cast<int const*>(raw), out, 31);
+        IPP::MulConstant_InPlace(samples, out, 4.656612873077392578125e-10f);
+        break;
     }
 }
 
@@ -150,7 +159,7 @@ void PCMDecoder::rawToInt16(unsigned int samples, short* out)
     convertBuffer.resize(std::max<std::size_t>(convertBuffer.size(), std::size_t(samples) * sizeof(float)));
     float* const floats = reinterpret_cast<float*>(convertBuffer.data());
     rawToFloat(samples, floats);
-    floatToInt16(samples, floats, reinterpret_cast<std::int16_t*>(out));
+    IPP::Convert(samples, floats, out, -15, false);
 }
 
 void PCMDecoder::ReadFloatInterleaved(unsigned int frames, float* out, unsigned int& framesRead)

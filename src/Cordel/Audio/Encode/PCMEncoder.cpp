@@ -22,6 +22,7 @@ PCMEncoder::~PCMEncoder()
 {
     if (file.IsOpen()) {
         try {
+            writePending();
             file.Close();
         } catch (Cordel::Exception::Base const&) {
             // a destructor has no one to tell; Close reports the same failure
@@ -46,6 +47,7 @@ void PCMEncoder::beginWritingData()
 
 void PCMEncoder::endWritingData()
 {
+    writePending();
     if (writingData && (dataBytes() & 1u))
         writeZeros(1);
     writingData = false;
@@ -98,19 +100,39 @@ void PCMEncoder::closeFile()
 
 void PCMEncoder::writeConverted(unsigned int frames, float const* samples)
 {
-    unsigned int const count = frames * format.numChannels;
-    conversionBuffer.resize(std::max<std::size_t>(conversionBuffer.size(), std::size_t(frames) * format.BytesPerFrame()));
-    if (!encodeFloatSamples(count, format.bytesPerSample, format.isFloat, samples, conversionBuffer.data()))
+    if (!encodesFloat(format.bytesPerSample, format.isFloat))
         fail(String("WriteFloatInterleaved %1 called with unsupported bytes per sample / floating-point: %2/%3")
                  .Arg(frames)
                  .Arg(format.bytesPerSample)
                  .Arg(format.isFloat ? 1 : 0),
              CORDEL_HERE);
-    if (bigEndian && format.bytesPerSample > 1)
-        swapSampleBytes(count, format.bytesPerSample, conversionBuffer.data());
-    file.WriteBlock(reinterpret_cast<char const*>(conversionBuffer.data()), frames * format.BytesPerFrame());
+    // Converted samples gather in a buffer small enough to stay in the cache and large enough that
+    // the system call and the page-cache work per call are paid rarely.
+    std::size_t const frameBytes = format.BytesPerFrame();
+    std::size_t const capacity = std::max(pendingCapacity, frameBytes);
+    conversionBuffer.resize(std::max(conversionBuffer.size(), capacity));
+    for (unsigned int done = 0; done < frames;) {
+        auto const room = static_cast<unsigned int>((capacity - pendingBytes) / frameBytes);
+        unsigned int const n = std::min(frames - done, room);
+        unsigned char* const dst = conversionBuffer.data() + pendingBytes;
+        std::size_t const count = std::size_t(n) * format.numChannels;
+        encodeFloatSamples(count, format.bytesPerSample, format.isFloat, samples + std::size_t(done) * format.numChannels, dst);
+        if (bigEndian && format.bytesPerSample > 1)
+            swapSampleBytes(count, format.bytesPerSample, dst);
+        pendingBytes += n * frameBytes;
+        done += n;
+        if (capacity - pendingBytes < frameBytes)
+            writePending();
+    }
     framesWritten += frames;
     framesCounted = true;
+}
+
+void PCMEncoder::writePending()
+{
+    std::size_t const bytes = pendingBytes;
+    pendingBytes = 0; // dropped even when the write fails, so that it is not written twice
+    file.WriteBlock(reinterpret_cast<char const*>(conversionBuffer.data()), static_cast<unsigned int>(bytes));
 }
 
 void PCMEncoder::WriteFloatInterleaved(unsigned int frames, float const* samples)
@@ -167,6 +189,7 @@ void PCMEncoder::WriteRawInterleaved(unsigned int frames, unsigned char const* b
         beginWritingData();
     if (!frames)
         return;
+    writePending();
     file.WriteBlock(reinterpret_cast<char const*>(bytes), frames * format.BytesPerFrame());
     framesWritten += frames;
     framesCounted = true;

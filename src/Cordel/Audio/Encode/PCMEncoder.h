@@ -61,10 +61,15 @@ protected:
 
 private:
     void writeConverted(unsigned int frames, float const* samples);
+    // Hands the converted samples that are waiting to the file.
+    void writePending();
     unsigned int dataBytes() const { return framesWritten * format.BytesPerFrame(); }
+
+    static constexpr std::size_t pendingCapacity = 65536;
 
     bool bigEndian;
     aligned_vector<unsigned char> conversionBuffer;
+    std::size_t pendingBytes = 0; // converted samples at the start of conversionBuffer, not yet written
     aligned_vector<float> interleaveBuffer;
 };
 

@@ -1,5 +1,6 @@
 #include <Cordel/Audio/detail/SampleConversion.h>
 #include <Cordel/Audio/detail/SampleKernels.h>
+#include <Cordel/IPP/Convert.h>
 
 #include <cstring>
 
@@ -11,34 +12,9 @@ bool const hasAVX2 = __builtin_cpu_supports("avx2");
 
 } // namespace
 
-void unsigned8ToFloat(std::size_t n, unsigned char const* in, float* out)
-{
-    hasAVX2 ? avx2::unsigned8ToFloat(n, in, out) : kernels::unsigned8ToFloat(n, in, out);
-}
-
-void int16ToFloat(std::size_t n, unsigned char const* in, float* out)
-{
-    hasAVX2 ? avx2::int16ToFloat(n, in, out) : kernels::int16ToFloat(n, in, out);
-}
-
 void int24ToFloat(std::size_t n, unsigned char const* in, float* out)
 {
     hasAVX2 ? avx2::int24ToFloat(n, in, out) : kernels::int24ToFloat(n, in, out);
-}
-
-void int32ToFloat(std::size_t n, unsigned char const* in, float* out)
-{
-    hasAVX2 ? avx2::int32ToFloat(n, in, out) : kernels::int32ToFloat(n, in, out);
-}
-
-void floatToInt16(std::size_t n, float const* in, std::int16_t* out)
-{
-    hasAVX2 ? avx2::floatToInt16(n, in, out) : kernels::floatToInt16(n, in, out);
-}
-
-void floatToInt32(std::size_t n, float const* in, std::int32_t* out)
-{
-    hasAVX2 ? avx2::floatToInt32(n, in, out) : kernels::floatToInt32(n, in, out);
 }
 
 void floatToInt24(std::size_t n, float const* in, unsigned char* out)
@@ -46,20 +22,22 @@ void floatToInt24(std::size_t n, float const* in, unsigned char* out)
     hasAVX2 ? avx2::floatToInt24(n, in, out) : kernels::floatToInt24(n, in, out);
 }
 
-bool encodeFloatSamples(std::size_t samples, unsigned int bytesPerSample, bool isFloat, float const* in, unsigned char* out)
+bool encodesFloat(unsigned int bytesPerSample, bool isFloat)
+{
+    return isFloat ? bytesPerSample == 4 : bytesPerSample >= 2 && bytesPerSample <= 4;
+}
+
+void encodeFloatSamples(std::size_t samples, unsigned int bytesPerSample, bool isFloat, float const* in, unsigned char* out)
 {
     if (isFloat) {
-        if (bytesPerSample != 4)
-            return false;
         if (samples)
             std::memcpy(out, in, samples * 4);
-        return true;
+        return;
     }
     switch (bytesPerSample) {
-    case 2: floatToInt16(samples, in, reinterpret_cast<std::int16_t*>(out)); return true;
-    case 3: floatToInt24(samples, in, out); return true;
-    case 4: floatToInt32(samples, in, reinterpret_cast<std::int32_t*>(out)); return true;
-    default: return false;
+    case 2: IPP::Convert(unsigned(samples), in, reinterpret_cast<short*>(out), -15, false); break;
+    case 3: floatToInt24(samples, in, out); break;
+    default: IPP::Convert(unsigned(samples), in, reinterpret_cast<int*>(out), -31, false); break;
     }
 }
 

@@ -6,7 +6,7 @@
 //
 // Every loop states its element's result exactly as the portable definition does, and the
 // compiler only widens it. Contraction of a·b + c into one fused instruction would change the
-// rounding, so it is switched off for these loops.
+// rounding, so the library is built with -ffp-contract=off.
 
 #include "Kernels.h"
 
@@ -14,8 +14,6 @@
 #error "define CORDEL_KERNEL_VECTOR_BYTES before including KernelLoops.h"
 #endif
 
-#pragma GCC push_options
-#pragma GCC optimize("fp-contract=off")
 
 namespace Cordel::IPP::detail {
 namespace {
@@ -64,13 +62,13 @@ void intToFloatLoop(unsigned int n, int const* src, float* dst)
         dst[i] = static_cast<float>(src[i]);
 }
 
-// Scaled in double, where a power-of-two multiplier and the half added for rounding are exact, so
-// that a value just below one half never rounds up. Saturates; not a number becomes 0.
+// The definition itself: scaled in double, where the product and the half added for rounding are
+// exact, so that a value just below one half never rounds up. Saturates; not a number becomes 0.
 template <bool Round>
-void floatToIntLoop(unsigned int n, float const* src, int* dst, double multiplier)
+void floatToIntLoop(unsigned int n, float const* src, int* dst, float multiplier)
 {
     for (unsigned int i = 0; i < n; ++i) {
-        double v = static_cast<double>(src[i]) * multiplier;
+        double v = static_cast<double>(src[i]) * static_cast<double>(multiplier);
         if constexpr (Round)
             v = v + (v >= 0.0 ? 0.5 : -0.5);
         v = v > 2147483647.0 ? 2147483647.0 : v;
@@ -78,18 +76,6 @@ void floatToIntLoop(unsigned int n, float const* src, int* dst, double multiplie
         v = v == v ? v : 0.0;
         dst[i] = static_cast<int>(v);
     }
-}
-
-using FloatToIntLoop = void (*)(unsigned int n, float const* src, int* dst, double multiplier);
-
-// Picks the loop for the rounding rule once per call rather than once per element.
-template <FloatToIntLoop Rounding, FloatToIntLoop Truncating>
-void floatToIntBy(unsigned int n, float const* src, int* dst, double multiplier, bool round)
-{
-    if (round)
-        Rounding(n, src, dst, multiplier);
-    else
-        Truncating(n, src, dst, multiplier);
 }
 
 template <typename T>
@@ -170,7 +156,8 @@ constexpr Kernels makeKernels()
         shortToFloatLoop,
         floatToShortLoop,
         intToFloatLoop,
-        floatToIntBy<floatToIntLoop<true>, floatToIntLoop<false>>,
+        floatToIntLoop<false>,
+        floatToIntLoop<true>,
         interleaveLoop<short>,
         interleaveLoop<float>,
         deinterleaveLoop<short>,
@@ -185,4 +172,3 @@ constexpr Kernels makeKernels()
 } // namespace
 } // namespace Cordel::IPP::detail
 
-#pragma GCC pop_options

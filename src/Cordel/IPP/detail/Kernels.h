@@ -12,7 +12,9 @@ struct Kernels {
     void (*shortToFloat)(unsigned int n, short const* src, float* dst, float factor);
     void (*floatToShort)(unsigned int n, float const* src, short* dst, float multiplier, float bias);
     void (*intToFloat)(unsigned int n, int const* src, float* dst);
-    void (*floatToInt)(unsigned int n, float const* src, int* dst, double multiplier, bool round);
+    // The multiplier is a power of two from 2^-64 to 2^64 (see floatToIntLoop).
+    void (*floatToInt)(unsigned int n, float const* src, int* dst, float multiplier);
+    void (*floatToIntRounded)(unsigned int n, float const* src, int* dst, float multiplier);
     void (*interleaveShort)(unsigned int n, short const* left, short const* right, short* dst);
     void (*interleaveFloat)(unsigned int n, float const* left, float const* right, float* dst);
     void (*deinterleaveShort)(unsigned int n, short const* src, short* left, short* right);
