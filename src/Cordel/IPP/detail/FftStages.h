@@ -307,7 +307,9 @@ void untangle(unsigned int m, typename S::T const* zRe, typename S::T const* zIm
     T const z0r = zRe[0], z0i = zIm[0];
     V const half = S::set1(T(0.5));
     std::size_t k = 1;
-    for (; k + S::width <= m; k += S::width) {
+    // The last register is moved back to end at m − 1; the points it takes twice come out the same.
+    for (std::size_t next = 1; m > S::width && next < m; next += S::width) {
+        k = next + S::width <= m ? next : m - S::width;
         std::size_t const mirror = m - k - (S::width - 1);
         V const zr = S::load(zRe + k), zi = S::load(zIm + k);
         V const cr = S::reverse(S::load(zRe + mirror)), ci = S::reverse(S::load(zIm + mirror));
@@ -321,6 +323,7 @@ void untangle(unsigned int m, typename S::T const* zRe, typename S::T const* zIm
         S::interleave(xr, xi, a, b);
         S::store(out + 2 * k, a);
         S::store(out + 2 * k + S::width, b);
+        k = m;
     }
     for (; k < m; ++k) {
         T const zr = zRe[k], zi = zIm[k];
@@ -347,7 +350,8 @@ void tangle(unsigned int m, typename S::T const* in, typename S::T const* tRe, t
     // Bins 0 and m are real by definition: their imaginary parts are not read.
     T const x0 = in[0], xm = in[2 * std::size_t{m}];
     std::size_t k = 1;
-    for (; k + S::width <= m; k += S::width) {
+    for (std::size_t next = 1; m > S::width && next < m; next += S::width) {
+        k = next + S::width <= m ? next : m - S::width;
         std::size_t const mirror = m - k - (S::width - 1);
         V xr, xi, cr, ci;
         S::deinterleave(S::load(in + 2 * k), S::load(in + 2 * k + S::width), xr, xi);
@@ -362,6 +366,7 @@ void tangle(unsigned int m, typename S::T const* in, typename S::T const* tRe, t
         V const oi = S::fnmadd(dr, ti, S::mul(di, tr));
         S::store(zRe + k, S::sub(er, oi));
         S::store(zIm + k, S::add(ei, orr));
+        k = m;
     }
     for (; k < m; ++k) {
         T const xr = in[2 * k], xi = in[2 * k + 1];
