@@ -40,13 +40,12 @@ struct Scalar {
     static V reverse(V v) { return v; }
 };
 
-FftKernelSet defaultLimit()
+// A function-local static, so that a state made while other libraries initialise sees it set.
+FftKernelSet& limit()
 {
-    static FftKernelSet const widest = widestFftKernelSet();
-    return widest;
+    static FftKernelSet set = widestFftKernelSet();
+    return set;
 }
-
-FftKernelSet limit = defaultLimit();
 
 template <typename T>
 FftKernels<T> const& portable();
@@ -133,7 +132,7 @@ FftKernels<T> const& kernelsFor(unsigned int size, bool& eights)
         {&fftKernels(FftKernelSet::AVX2, t), FftKernelSet::AVX2, 4},
     };
     for (Choice const& c : choices) {
-        if (c.set <= limit && size / c.radix >= c.k->width) {
+        if (c.set <= limit() && size / c.radix >= c.k->width) {
             eights = c.radix == 8;
             return *c.k;
         }
@@ -158,12 +157,13 @@ FftKernelSet widestFftKernelSet()
 
 FftKernelSet fftKernelLimit()
 {
-    return limit;
+    return limit();
 }
 
 void setFftKernelLimit(FftKernelSet to)
 {
-    limit = to < defaultLimit() ? to : defaultLimit();
+    FftKernelSet const widest = widestFftKernelSet();
+    limit() = to < widest ? to : widest;
 }
 
 FftKernels<float> const& fftKernels(FftKernelSet set, float*)
