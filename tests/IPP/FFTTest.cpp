@@ -226,17 +226,17 @@ void checkAgainstOracle(unsigned int order, bool portable)
     }
 
     // The inverse of the spectrum, against the oracle's inverse of the same spectrum, scaled by 1/n.
-    std::vector<LComplex> spec(n);
+    std::vector<LComplex> exactBins(n);
     for (unsigned int k = 0; k < n; ++k) {
         unsigned int const src = F::real && k > n / 2 ? n - k : k;
         LComplex v(spectrum[2 * src], spectrum[2 * src + 1]);
-        spec[k] = F::real && k > n / 2 ? std::conj(v) : v;
+        exactBins[k] = F::real && k > n / 2 ? std::conj(v) : v;
     }
     std::vector<T> back(in.size());
     f.inverse(spectrum, back);
     Checked<T> inv;
     for (unsigned int j : oracle.bins) {
-        LComplex const want = oracle.bin(spec, j, +1) / static_cast<long double>(n);
+        LComplex const want = oracle.bin(exactBins, j, +1) / static_cast<long double>(n);
         LComplex const got = F::real ? LComplex(back[j]) : LComplex(back[2 * j], back[2 * j + 1]);
         inv.add(got, want, scale / std::sqrt(static_cast<long double>(n)));
     }
