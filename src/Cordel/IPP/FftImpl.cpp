@@ -1,5 +1,6 @@
 // The portable FFT engine.
 
+#include <Cordel/IPP/Interleave.h>
 #include <Cordel/IPP/detail/FftImpl.h>
 
 #include <cmath>
@@ -44,22 +45,19 @@ void rotationTable(aligned_vector<T>& table, unsigned int n, unsigned int first,
     }
 }
 
+// Split real and imaginary arrays to and from the interleaved form the engine works on.
 template <typename T>
 void interleave(unsigned int n, T const* re, T const* im, T* dst)
 {
-    for (unsigned int j = 0; j < n; ++j) {
-        dst[2 * j] = re[j];
-        dst[2 * j + 1] = im[j];
-    }
+    T const* const parts[2] = {re, im};
+    Interleave(2, n, parts, dst, false);
 }
 
 template <typename T>
 void deinterleave(unsigned int n, T const* src, T* re, T* im)
 {
-    for (unsigned int j = 0; j < n; ++j) {
-        re[j] = src[2 * j];
-        im[j] = src[2 * j + 1];
-    }
+    T* const parts[2] = {re, im};
+    Deinterleave(2, n, src, parts, false);
 }
 
 } // namespace
