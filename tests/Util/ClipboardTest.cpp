@@ -70,8 +70,16 @@ std::string xclipOut(std::string const& target, int* status = nullptr)
 
 void xclipIn(std::string const& target, Bytes const& data)
 {
-    // xclip forks a server of its own that stays after this returns.
+    // xclip forks a server of its own that stays after this returns, and that server takes the
+    // selection a moment later: wait (bounded) until it offers the target.
     shell("xclip -selection clipboard -i -t '" + target + "' >/dev/null 2>&1", data);
+    for (int i = 0; i < 500; ++i) {
+        std::string const targets = xclipOut("TARGETS");
+        if (targets.find(target) != std::string::npos)
+            return;
+        ::usleep(10000);
+    }
+    ADD_FAILURE() << "xclip never offered " << target;
 }
 
 // A virtual X server of the test's own, on a display number it picks itself.
