@@ -95,38 +95,47 @@ struct Partial {
 template <typename Dst, typename Step>
 [[gnu::always_inline]] inline void forEach16(unsigned int n, Dst const* dst, Step step)
 {
-    unsigned int i = 0;
-    if (n >= alignFrom) [[unlikely]] {
-        i = toCacheLine<sizeof(Dst)>(dst);
-        step(0u, Partial(i));
+    // The loops are written rotated, each entered only when it runs at least once: the compiler's
+    // own rotation jumps to the condition first, a taken branch that a short run notices.
+    std::size_t i = 0;
+    if (n >= 64) {
+        if (n >= alignFrom) [[unlikely]] {
+            i = toCacheLine<sizeof(Dst)>(dst);
+            step(std::size_t(0), Partial(static_cast<unsigned int>(i)));
+        }
+        do {
+            step(i, Whole());
+            step(i + 16, Whole());
+            step(i + 32, Whole());
+            step(i + 48, Whole());
+            i += 64;
+        } while (i + 64 <= n);
     }
-    for (; i + 64 <= n; i += 64) {
-        step(i, Whole());
-        step(i + 16, Whole());
-        step(i + 32, Whole());
-        step(i + 48, Whole());
+    if (i + 16 <= n) {
+        do {
+            step(i, Whole());
+            i += 16;
+        } while (i + 16 <= n);
     }
-    for (; i + 16 <= n; i += 16)
-        step(i, Whole());
     if (i < n)
-        step(i, Partial(n - i));
+        step(i, Partial(static_cast<unsigned int>(n - i)));
 }
 
 void addAvx512(unsigned int n, float const* a, float const* b, float* dst)
 {
-    forEach16(n, dst, [=](unsigned int i, auto io) { io.store(dst + i, _mm512_add_ps(io.load(a + i), io.load(b + i))); });
+    forEach16(n, dst, [=](std::size_t i, auto io) { io.store(dst + i, _mm512_add_ps(io.load(a + i), io.load(b + i))); });
 }
 
 void mulConstantAvx512(unsigned int n, float const* src, float* dst, float c)
 {
     __m512 const m = _mm512_set1_ps(c);
-    forEach16(n, dst, [=](unsigned int i, auto io) { io.store(dst + i, _mm512_mul_ps(io.load(src + i), m)); });
+    forEach16(n, dst, [=](std::size_t i, auto io) { io.store(dst + i, _mm512_mul_ps(io.load(src + i), m)); });
 }
 
 // The product is rounded before the sum, as in the definition: never one fused step.
 void addProductAvx512(unsigned int n, float const* a, float const* b, float* srcDst)
 {
-    forEach16(n, srcDst, [=](unsigned int i, auto io) {
+    forEach16(n, srcDst, [=](std::size_t i, auto io) {
         io.store(srcDst + i, _mm512_add_ps(io.load(srcDst + i), _mm512_mul_ps(io.load(a + i), io.load(b + i))));
     });
 }
@@ -134,21 +143,21 @@ void addProductAvx512(unsigned int n, float const* a, float const* b, float* src
 void shortToFloatAvx512(unsigned int n, short const* src, float* dst, float factor)
 {
     __m512 const f = _mm512_set1_ps(factor);
-    forEach16(n, dst, [=](unsigned int i, auto io) {
+    forEach16(n, dst, [=](std::size_t i, auto io) {
         io.store(dst + i, _mm512_mul_ps(_mm512_cvtepi32_ps(_mm512_cvtepi16_epi32(io.load(src + i))), f));
     });
 }
 
 void intToFloatAvx512(unsigned int n, int const* src, float* dst)
 {
-    forEach16(n, dst, [=](unsigned int i, auto io) { io.store(dst + i, _mm512_cvtepi32_ps(io.load(src + i))); });
+    forEach16(n, dst, [=](std::size_t i, auto io) { io.store(dst + i, _mm512_cvtepi32_ps(io.load(src + i))); });
 }
 
 void floatToShortAvx512(unsigned int n, float const* src, short* dst, float multiplier, float bias)
 {
     __m512 const m = _mm512_set1_ps(multiplier);
     __m512 const b = _mm512_set1_ps(bias);
-    forEach16(n, dst, [=](unsigned int i, auto io) {
+    forEach16(n, dst, [=](std::size_t i, auto io) {
         __m512 const x = _mm512_add_ps(_mm512_mul_ps(io.load(src + i), m), b);
         io.store(dst + i, _mm512_cvtsepi32_epi16(clampTruncate(x)));
     });
@@ -158,7 +167,7 @@ template <bool Round>
 void floatToIntAvx512(unsigned int n, float const* src, int* dst, float multiplier)
 {
     __m512 const m = _mm512_set1_ps(multiplier);
-    forEach16(n, dst, [=](unsigned int i, auto io) { io.store(dst + i, scaleToInt<Round>(io.load(src + i), m)); });
+    forEach16(n, dst, [=](std::size_t i, auto io) { io.store(dst + i, scaleToInt<Round>(io.load(src + i), m)); });
 }
 
 // Index vectors for the two-source permutes: element k of the first operand is index k, of the
