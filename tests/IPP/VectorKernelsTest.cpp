@@ -9,10 +9,13 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cmath>
+#include <cstdint>
 #include <cstring>
 #include <limits>
 #include <random>
+#include <tuple>
 #include <vector>
 
 using namespace Cordel;
@@ -102,6 +105,51 @@ TEST_P(VectorKernels, ArithmeticMatchesTheScalarDefinition)
             ASSERT_EQ(0, std::memcmp(&s, &dsum[i + 1], sizeof s)) << i;
             ASSERT_EQ(0, std::memcmp(&m, &da[i + 1], sizeof m)) << i;
         }
+    }
+}
+
+// Long runs first bring their stores to an alignment boundary: every element must still be
+// written once, whatever the destination's offset from a cache line, and nothing around it.
+TEST_P(VectorKernels, LongRunsCoverEveryElementAtEveryDestinationOffset)
+{
+    unsigned int const n = 4099;
+    std::vector<float> const x = testFloats(n, 11);
+    std::vector<short> xs(n);
+    for (unsigned int i = 0; i < n; ++i)
+        xs[i] = static_cast<short>(i * 37);
+    // The window from a 64-byte boundary inside an over-long buffer, refilled with a sentinel.
+    auto const window = [](auto& v, unsigned int size) {
+        auto* p = v.data();
+        while (reinterpret_cast<std::uintptr_t>(p) % 64 != 0)
+            ++p;
+        std::fill(p, p + size, -7);
+        return p;
+    };
+    auto const run = [&](unsigned int offset, auto& s, auto& i32, auto& f, auto& g) {
+        unsigned int const size = n + 48;
+        short* const sp = window(s, size);
+        int* const ip = window(i32, size);
+        float* const fp = window(f, size);
+        float* const gp = window(g, size);
+        IPP::Convert(n, x.data(), sp + offset, -15, true);
+        IPP::Convert(n, x.data(), ip + offset, -31, true);
+        IPP::MulConstant(n, x.data(), fp + offset, 0.25f);
+        IPP::Convert(n, xs.data(), gp + offset, 15);
+        return std::tuple(std::vector<short>(sp, sp + size), std::vector<int>(ip, ip + size),
+                          std::vector<float>(fp, fp + size), std::vector<float>(gp, gp + size));
+    };
+    std::vector<short> s(n + 96);
+    std::vector<int> i32(n + 64);
+    std::vector<float> f(n + 64), g(n + 64);
+    for (unsigned int offset = 0; offset < 32; ++offset) {
+        ASSERT_TRUE(IPP::UseInstructionSet(InstructionSet::Baseline));
+        auto const [expectS, expectI, expectF, expectG] = run(offset, s, i32, f, g);
+        ASSERT_TRUE(IPP::UseInstructionSet(GetParam()));
+        auto const [actualS, actualI, actualF, actualG] = run(offset, s, i32, f, g);
+        EXPECT_TRUE(sameBits(expectS, actualS)) << offset;
+        EXPECT_TRUE(sameBits(expectI, actualI)) << offset;
+        EXPECT_TRUE(sameBits(expectF, actualF)) << offset;
+        EXPECT_TRUE(sameBits(expectG, actualG)) << offset;
     }
 }
 

@@ -100,7 +100,9 @@ template <typename Dst, typename Step>
     std::size_t i = 0;
     if (n >= 64) {
         if (n >= alignFrom) [[unlikely]] {
-            i = toCacheLine<sizeof(Dst)>(dst);
+            // One step stores 16 elements: 64 bytes, or 32 for 16-bit ones, which need only
+            // reach a 32-byte boundary to keep every store within a line.
+            i = toCacheLine<sizeof(Dst)>(dst) % 16;
             step(std::size_t(0), Partial(static_cast<unsigned int>(i)));
         }
         do {
