@@ -68,6 +68,7 @@ struct FftKernels {
                 T scale);
     // Real forward: Z (m points, split, natural order) of the n = 2m samples read as complex
     // pairs, to the packed spectrum of n + 2 values; rotation t_k = e^(-2πik/n) split, k < m.
+    // Z may be read up to a register past its m points (a working buffer has room there).
     void (*untangle)(unsigned int m, T const* zRe, T const* zIm, T const* tRe, T const* tIm, T* out);
     // Real inverse: the packed spectrum to the m complex points whose forward transform, taken
     // with real and imaginary parts exchanged, gives the samples (zRe, zIm are written).

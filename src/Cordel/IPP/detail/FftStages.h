@@ -296,6 +296,17 @@ void run(FftPlan<typename S::T> const& plan, typename S::T const* inRe, typename
     }
 }
 
+// The register of p[0], p[−1], ..., p[−width+1]. p may be one past the end of a working buffer's
+// points (what it reads there is not used): the buffers have room after their points.
+template <typename S>
+[[gnu::always_inline]] inline typename S::V mirrored(typename S::T const* p)
+{
+    if constexpr (requires { S::mirror(p); })
+        return S::mirror(p);
+    else
+        return S::reverse(S::load(p - (S::width - 1)));
+}
+
 // X[k] = E + t_k·O with E = (Z[k] + conj Z[m−k])/2 and O = (Z[k] − conj Z[m−k])/(2i); a register
 // takes k .. k+width−1 and the mirrored m−k .. m−k−width+1 in reverse order.
 template <typename S>
@@ -307,12 +318,15 @@ void untangle(unsigned int m, typename S::T const* zRe, typename S::T const* zIm
     T const z0r = zRe[0], z0i = zIm[0];
     V const half = S::set1(T(0.5));
     std::size_t k = 1;
-    // The last register is moved back to end at m − 1; the points it takes twice come out the same.
-    for (std::size_t next = 1; m > S::width && next < m; next += S::width) {
-        k = next + S::width <= m ? next : m - S::width;
-        std::size_t const mirror = m - k - (S::width - 1);
+    // Whole registers from k = 0 keep the loads and stores on register boundaries; point 0, whose
+    // mirror is the point m that Z lacks, is written again below.
+    bool const whole = S::width > 1 && m % S::width == 0;
+    // Otherwise the last register is moved back to end at m − 1; the points it takes twice come
+    // out the same.
+    for (std::size_t next = whole ? 0 : 1; (whole || m > S::width) && next < m; next += S::width) {
+        k = whole || next + S::width <= m ? next : m - S::width;
         V const zr = S::load(zRe + k), zi = S::load(zIm + k);
-        V const cr = S::reverse(S::load(zRe + mirror)), ci = S::reverse(S::load(zIm + mirror));
+        V const cr = mirrored<S>(zRe + (m - k)), ci = mirrored<S>(zIm + (m - k));
         // With conj Z[m−k] = (cr, −ci).
         V const er = S::mul(S::add(zr, cr), half), ei = S::mul(S::sub(zi, ci), half);
         V const orr = S::mul(S::add(zi, ci), half), oi = S::mul(S::sub(cr, zr), half);
@@ -350,8 +364,10 @@ void tangle(unsigned int m, typename S::T const* in, typename S::T const* tRe, t
     // Bins 0 and m are real by definition: their imaginary parts are not read.
     T const x0 = in[0], xm = in[2 * std::size_t{m}];
     std::size_t k = 1;
-    for (std::size_t next = 1; m > S::width && next < m; next += S::width) {
-        k = next + S::width <= m ? next : m - S::width;
+    // As in untangle: whole registers from k = 0 when they fit (point 0 is written again below).
+    bool const whole = S::width > 1 && m % S::width == 0;
+    for (std::size_t next = whole ? 0 : 1; (whole || m > S::width) && next < m; next += S::width) {
+        k = whole || next + S::width <= m ? next : m - S::width;
         std::size_t const mirror = m - k - (S::width - 1);
         V xr, xi, cr, ci;
         S::deinterleave(S::load(in + 2 * k), S::load(in + 2 * k + S::width), xr, xi);
