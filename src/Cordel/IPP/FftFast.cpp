@@ -212,12 +212,15 @@ FastFft<T>::FastFft(unsigned int order)
     for (unsigned int k = 0; k + 1 < plan.passCount; ++k) {
         FftPass<T>& p = plan.passes[k];
         unsigned int const points = p.radix * p.groups;
+        bool const wide = p.stride >= width;
+        std::size_t const block = wide ? 1 : width; // values of j side by side
         for (unsigned int j = 0; j < p.count; ++j) {
-            unsigned int const power = p.count == p.groups ? j : j / p.stride;
+            unsigned int const power = j / (wide ? 1 : p.stride);
+            T* const at = tw + j / block * 2 * (p.radix - 1) * block + j % block;
             for (unsigned int e = 1; e < p.radix; ++e) {
                 double const angle = -2.0 * std::numbers::pi * double(e * power) / points;
-                tw[(2 * e - 2) * p.count + j] = static_cast<T>(std::cos(angle));
-                tw[(2 * e - 1) * p.count + j] = static_cast<T>(std::sin(angle));
+                at[(2 * e - 2) * block] = static_cast<T>(std::cos(angle));
+                at[(2 * e - 1) * block] = static_cast<T>(std::sin(angle));
             }
         }
         p.twiddles = tw;

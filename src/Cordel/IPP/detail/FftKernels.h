@@ -25,8 +25,10 @@ struct FftPass {
     unsigned int radix;  // 8, 4, or 2 (only as the whole transform)
     unsigned int stride; // s
     unsigned int groups; // g = n/R
-    // w^kp for k = 1 .. R−1 as 2(R−1) arrays (re, im, re, im, ...) of `count` values each, count
-    // being g when s is at least the register width and N/R otherwise; null for the last pass.
+    // w^kp for k = 1 .. R−1, real and imaginary parts, in the order the pass reads them: `count`
+    // being g when s is at least the register width, 2(R−1) scalars per p (re, im, re, im, ...);
+    // otherwise count = N/R, one value per m, in blocks of 2(R−1) registers per register of m.
+    // Null for the last pass.
     T const* twiddles;
     unsigned int count;
 };

@@ -159,13 +159,12 @@ template <typename S, unsigned int R, typename Read, typename Write>
     using V = typename S::V;
     std::size_t const part = n / R;
     std::size_t const s = pass.stride;
-    std::size_t const count = pass.count;
     T const* tw = pass.twiddles;
-    for (std::size_t p = 0; p < pass.groups; ++p) {
+    for (std::size_t p = 0; p < pass.groups; ++p, tw += 2 * (R - 1)) {
         V wr[R], wi[R];
         for (unsigned int k = 1; k < R; ++k) {
-            wr[k] = S::set1(tw[(2 * k - 2) * count + p]);
-            wi[k] = S::set1(tw[(2 * k - 1) * count + p]);
+            wr[k] = S::set1(tw[2 * k - 2]);
+            wi[k] = S::set1(tw[2 * k - 1]);
         }
         for (std::size_t j = 0; j < s; j += S::width) {
             std::size_t const m = j + s * p;
@@ -190,13 +189,13 @@ template <typename S, unsigned int R, unsigned int s, typename Read, typename Wr
     using T = typename S::T;
     std::size_t const part = n / R;
     T const* tw = pass.twiddles;
-    for (std::size_t m = 0; m < part; m += S::width) {
+    for (std::size_t m = 0; m < part; m += S::width, tw += 2 * (R - 1) * S::width) {
         Points<S, R> b;
         for (unsigned int k = 0; k < R; ++k)
             read(m + k * part, b.r[k], b.i[k]);
         b.dft();
         for (unsigned int k = 1; k < R; ++k)
-            b.twiddle(k, S::load(tw + (2 * k - 2) * part + m), S::load(tw + (2 * k - 1) * part + m));
+            b.twiddle(k, S::load(tw + (2 * k - 2) * S::width), S::load(tw + (2 * k - 1) * S::width));
         S::template transpose<R, s>(b.r);
         S::template transpose<R, s>(b.i);
         for (unsigned int k = 0; k < R; ++k)
