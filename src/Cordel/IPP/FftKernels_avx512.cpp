@@ -155,7 +155,7 @@ struct F16 : Shuffles<F16> {
         b = permute(re, alternating<16, 1, true>(), im);
     }
     [[gnu::always_inline]] static V reverse(V v) { return permute(v, reversedLanes<16>(), v); }
-    // Two loads on register boundaries when p is on one, rather than one across them.
+    // As F8::mirror.
     [[gnu::always_inline]] static V mirror(T const* p) { return permute(load(p - width), mirrorLanes<16>(), load(p)); }
 
 };
@@ -186,7 +186,7 @@ struct D8 : Shuffles<D8> {
         b = permute(re, alternating<8, 1, true>(), im);
     }
     [[gnu::always_inline]] static V reverse(V v) { return permute(v, reversedLanes<8>(), v); }
-    // Two loads on register boundaries when p is on one, rather than one across them.
+    // As F8::mirror.
     [[gnu::always_inline]] static V mirror(T const* p) { return permute(load(p - width), mirrorLanes<8>(), load(p)); }
 
 };

@@ -16,6 +16,7 @@
 
 #include <Cordel/IPP/detail/FftKernels.h>
 
+#include <bit>
 #include <cstddef>
 #include <utility>
 
@@ -252,6 +253,114 @@ void pass(Read const read, Write const write, unsigned int n, FftPass<typename S
         passOfRadix<S, 2>(read, write, n, p);
 }
 
+// Transforms of Q registers per part (Q·width points) are done whole in registers: the same passes
+// with the same arithmetic, but each pass hands its registers to the next instead of a store that
+// the next pass's loads would have to wait for, which is most of the time at these sizes.
+template <typename S, unsigned int Q, unsigned int R, unsigned int s, bool last>
+[[gnu::always_inline]] inline void registerPass(typename S::V (&r)[Q], typename S::V (&i)[Q], typename S::T const* tw)
+{
+    using V = typename S::V;
+    constexpr unsigned int W = S::width;
+    constexpr unsigned int per = Q / R > 0 ? Q / R : 1; // registers per part of the pass
+    static_assert(Q * W / R >= W, "a part is at least a register");
+    V yr[Q], yi[Q];
+    _Pragma("GCC unroll 16") for (unsigned int t = 0; t < per; ++t) {
+        Points<S, R> b;
+        _Pragma("GCC unroll 16") for (unsigned int k = 0; k < R; ++k) {
+            b.r[k] = r[t + k * per];
+            b.i[k] = i[t + k * per];
+        }
+        b.dft();
+        if constexpr (last) {
+            _Pragma("GCC unroll 16") for (unsigned int k = 0; k < R; ++k) {
+                yr[t + k * per] = b.r[k];
+                yi[t + k * per] = b.i[k];
+            }
+        } else if constexpr (s >= W) {
+            unsigned int const p = t * W / s, j = t * W % s;
+            _Pragma("GCC unroll 16") for (unsigned int k = 1; k < R; ++k)
+                b.twiddle(k, S::set1(tw[p * 2 * (R - 1) + 2 * k - 2]), S::set1(tw[p * 2 * (R - 1) + 2 * k - 1]));
+            _Pragma("GCC unroll 16") for (unsigned int k = 0; k < R; ++k) {
+                yr[(j + R * s * p + k * s) / W] = b.r[k];
+                yi[(j + R * s * p + k * s) / W] = b.i[k];
+            }
+        } else {
+            typename S::T const* const w = tw + t * 2 * (R - 1) * W;
+            _Pragma("GCC unroll 16") for (unsigned int k = 1; k < R; ++k)
+                b.twiddle(k, S::load(w + (2 * k - 2) * W), S::load(w + (2 * k - 1) * W));
+            S::template transpose<R, s>(b.r);
+            S::template transpose<R, s>(b.i);
+            _Pragma("GCC unroll 16") for (unsigned int k = 0; k < R; ++k) {
+                yr[R * t + k] = b.r[k];
+                yi[R * t + k] = b.i[k];
+            }
+        }
+    }
+    _Pragma("GCC unroll 16") for (unsigned int q = 0; q < Q; ++q) {
+        r[q] = yr[q];
+        i[q] = yi[q];
+    }
+}
+
+template <typename S, unsigned int Q, bool eights>
+struct InRegisters {
+    static constexpr unsigned int order = std::bit_width(Q * S::width) - 1;
+    static constexpr Radices passes = radices(order, eights, 0);
+
+    // Whether the plan's passes are these (the twiddles are laid out for them).
+    static bool fits(FftPlan<typename S::T> const& plan)
+    {
+        if (plan.size != Q * S::width || plan.passCount != passes.count)
+            return false;
+        _Pragma("GCC unroll 16") for (unsigned int k = 0; k < passes.count; ++k)
+            if (plan.passes[k].radix != passes.radix[k])
+                return false;
+        return true;
+    }
+
+    template <unsigned int k = 0, unsigned int stride = 1>
+    [[gnu::always_inline]] static void from(FftPlan<typename S::T> const& plan, typename S::V (&r)[Q], typename S::V (&i)[Q])
+    {
+        if constexpr (k < passes.count) {
+            constexpr unsigned int R = passes.radix[k];
+            registerPass<S, Q, R, stride, k + 1 == passes.count>(r, i, plan.passes[k].twiddles);
+            from<k + 1, stride * R>(plan, r, i);
+        }
+    }
+
+    template <typename Read, typename Write>
+    [[gnu::noinline]] static void run(FftPlan<typename S::T> const& plan, Read const read, Write const write)
+    {
+        typename S::V r[Q], i[Q];
+        _Pragma("GCC unroll 16") for (unsigned int q = 0; q < Q; ++q)
+            read(q * S::width, r[q], i[q]);
+        from(plan, r, i);
+        _Pragma("GCC unroll 16") for (unsigned int q = 0; q < Q; ++q)
+            write(q * S::width, r[q], i[q]);
+    }
+};
+
+// Runs the plan in registers when it is one of those transforms.
+template <typename S, typename Read, typename Write>
+bool runInRegisters(FftPlan<typename S::T> const& plan, Read const read, Write const write)
+{
+    if constexpr (S::width > 1) {
+        if (InRegisters<S, 4, false>::fits(plan)) {
+            InRegisters<S, 4, false>::run(plan, read, write);
+            return true;
+        }
+        if (InRegisters<S, 8, true>::fits(plan)) {
+            InRegisters<S, 8, true>::run(plan, read, write);
+            return true;
+        }
+        if (InRegisters<S, 8, false>::fits(plan)) {
+            InRegisters<S, 8, false>::run(plan, read, write);
+            return true;
+        }
+    }
+    return false;
+}
+
 template <typename S, bool inInterleaved, bool outInterleaved, bool inverse>
 void runWith(FftPlan<typename S::T> const& plan, typename S::T const* inRe, typename S::T const* inIm,
              typename S::T* outRe, typename S::T* outIm, typename S::T scale)
@@ -262,6 +371,8 @@ void runWith(FftPlan<typename S::T> const& plan, typename S::T const* inRe, type
     constexpr Layout out = outInterleaved ? Layout::Interleaved : Layout::Split;
     Reader<S, in, inverse> const first{inRe, inIm};
     Writer<S, out, inverse> const last{outRe, outIm, S::set1(scale)};
+    if (runInRegisters<S>(plan, first, last))
+        return;
     unsigned int const n = plan.size;
     unsigned int const count = plan.passCount;
     for (unsigned int k = 0; k < count; ++k) {
