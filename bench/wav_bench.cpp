@@ -8,12 +8,16 @@
 #include <Cordel/Util/SystemFolders.h>
 
 #include <benchmark/benchmark.h>
+#include <fcntl.h>
 #include <sndfile.h>
+#include <sys/mman.h>
+#include <unistd.h>
 
 #include <algorithm>
 #include <cmath>
 #include <cstdio>
 #include <cstdlib>
+#include <cstring>
 #include <fstream>
 #include <string>
 #include <vector>
@@ -120,6 +124,56 @@ void readSndfile(benchmark::State& state)
     state.SetBytesProcessed(state.iterations() * std::int64_t(frames) * channels * (state.range(0) + 2));
 }
 
+// Floors for the float file, whose samples need no conversion: any reader has to copy the same
+// bytes into the same buffer. The first does just that with read(2) in the same blocks, without
+// parsing anything; the second copies from a mapping of the file made once beforehand, so that
+// neither the kernel's page-cache work nor page faults are counted: the cost of the copy alone.
+std::uint64_t dataStartOf(std::string const& path, std::uint64_t dataBytes)
+{
+    std::ifstream f(path, std::ios::binary | std::ios::ate);
+    return std::uint64_t(f.tellg()) - dataBytes; // the samples end the file
+}
+
+void readFloor(benchmark::State& state)
+{
+    std::string const& path = files().paths[state.range(0)];
+    std::size_t const blockBytes = std::size_t(blockFrames) * channels * 4, dataBytes = std::size_t(frames) * channels * 4;
+    off_t const start = off_t(dataStartOf(path, dataBytes));
+    char* const out = reinterpret_cast<char*>(output().data());
+    for (auto _ : state) {
+        int const fd = ::open(path.c_str(), O_RDONLY | O_CLOEXEC);
+        if (fd < 0 || ::lseek(fd, start, SEEK_SET) != start)
+            std::abort();
+        for (std::size_t at = 0; at < dataBytes; at += blockBytes)
+            if (::read(fd, out + at, std::min(blockBytes, dataBytes - at)) <= 0)
+                std::abort();
+        ::close(fd);
+        benchmark::ClobberMemory();
+    }
+    state.SetBytesProcessed(state.iterations() * std::int64_t(dataBytes));
+}
+
+void mappedCopyFloor(benchmark::State& state)
+{
+    std::string const& path = files().paths[state.range(0)];
+    std::size_t const blockBytes = std::size_t(blockFrames) * channels * 4, dataBytes = std::size_t(frames) * channels * 4;
+    std::size_t const start = dataStartOf(path, dataBytes);
+    int const fd = ::open(path.c_str(), O_RDONLY | O_CLOEXEC);
+    void* const map = fd < 0 ? MAP_FAILED : ::mmap(nullptr, start + dataBytes, PROT_READ, MAP_SHARED | MAP_POPULATE, fd, 0);
+    if (map == MAP_FAILED)
+        std::abort();
+    char const* const in = static_cast<char const*>(map) + start;
+    char* const out = reinterpret_cast<char*>(output().data());
+    for (auto _ : state) {
+        for (std::size_t at = 0; at < dataBytes; at += blockBytes)
+            std::memcpy(out + at, in + at, std::min(blockBytes, dataBytes - at));
+        benchmark::ClobberMemory();
+    }
+    ::munmap(map, start + dataBytes);
+    ::close(fd);
+    state.SetBytesProcessed(state.iterations() * std::int64_t(dataBytes));
+}
+
 void writeCordel(benchmark::State& state)
 {
     unsigned int const bytes = static_cast<unsigned int>(state.range(0));
@@ -163,6 +217,8 @@ BENCHMARK(readCordel)->Name("Read24/Cordel")->Arg(1)->Unit(benchmark::kMilliseco
 BENCHMARK(readSndfile)->Name("Read24/libsndfile")->Arg(1)->Unit(benchmark::kMillisecond);
 BENCHMARK(readCordel)->Name("ReadFloat32/Cordel")->Arg(2)->Unit(benchmark::kMillisecond);
 BENCHMARK(readSndfile)->Name("ReadFloat32/libsndfile")->Arg(2)->Unit(benchmark::kMillisecond);
+BENCHMARK(readFloor)->Name("ReadFloat32/floor: read(2) only")->Arg(2)->Unit(benchmark::kMillisecond);
+BENCHMARK(mappedCopyFloor)->Name("ReadFloat32/floor: copy from a mapping")->Arg(2)->Unit(benchmark::kMillisecond);
 BENCHMARK(writeCordel)->Name("Write16/Cordel")->Arg(2)->Unit(benchmark::kMillisecond);
 BENCHMARK(writeSndfile)->Name("Write16/libsndfile")->Arg(2)->Unit(benchmark::kMillisecond);
 BENCHMARK(writeCordel)->Name("Write24/Cordel")->Arg(3)->Unit(benchmark::kMillisecond);

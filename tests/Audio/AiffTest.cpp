@@ -127,3 +127,38 @@ TEST_F(Aiff, CompressionTypesAndSignedBytes)
         }
     }
 }
+
+TEST_F(Aiff, LongReadsInSmallBlocksTurnEachSampleOnce)
+{
+    // Big-endian and signed samples are turned into our form as they are read ahead; reads that
+    // straddle the pieces read ahead, and seeks back into them, must turn no byte twice.
+    std::vector<unsigned char> bytes(150001);
+    for (std::size_t i = 0; i < bytes.size(); ++i)
+        bytes[i] = static_cast<unsigned char>(i * 13 + (i >> 11));
+    for (auto [compression, bits] : {std::pair{"twos", 8u}, std::pair{"twos", 16u}, std::pair{"sowt", 16u}}) {
+        std::vector<unsigned char> samples(bytes.begin(), bytes.end() - (bits == 16 ? 1 : 0));
+        writeFile(PathOf("long.aifc"), aifc(compression, bits, samples));
+        Audio::Decode::AIFF::Decoder d(path("long.aifc"));
+        d.Sync();
+        unsigned int const frames = d.GetNumSampleFrames();
+        auto expected = [&](unsigned int i) {
+            if (bits == 8)
+                return float(static_cast<signed char>(samples[i])) / 128.0f;
+            unsigned char const hi = samples[2 * i + (compression[0] == 's' ? 1 : 0)];
+            unsigned char const lo = samples[2 * i + (compression[0] == 's' ? 0 : 1)];
+            return float(short(lo | (hi << 8))) / 32768.0f;
+        };
+        std::vector<float> got(3001);
+        for (unsigned int round = 0; round < 2; ++round) {
+            d.Seek(round ? frames - 10000 : 0); // the second round starts inside what was read ahead last
+            while (d.GetRemainingSampleFrames()) {
+                unsigned int const at = d.GetSamplePos();
+                unsigned int n = 0;
+                d.ReadFloatInterleaved(unsigned(got.size()), got.data(), n);
+                ASSERT_EQ(n, std::min(unsigned(got.size()), frames - at));
+                for (unsigned int j = 0; j < n; ++j)
+                    ASSERT_EQ(got[j], expected(at + j)) << compression << " " << bits << " bits, frame " << at + j;
+            }
+        }
+    }
+}

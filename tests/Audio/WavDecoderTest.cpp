@@ -1,5 +1,6 @@
 #include <Cordel/Audio/Decode/BadFormat.h>
 #include <Cordel/Audio/Decode/WAV/Decoder.h>
+#include <Cordel/Util/FileIOException.h>
 
 #include "RiffBuilder.h"
 #include "TempFolder.h"
@@ -7,6 +8,7 @@
 #include <algorithm>
 #include <cmath>
 #include <cstring>
+#include <filesystem>
 
 using namespace Cordel;
 using namespace CordelTest;
@@ -341,4 +343,87 @@ TEST_F(WavDecoder, Long24BitReadsAreExact)
     ASSERT_EQ(n, values.size());
     for (std::size_t i = 0; i < values.size(); ++i)
         ASSERT_EQ(f[i], std::ldexp(float(values[i]), -23)) << "sample " << i << " = " << values[i];
+}
+
+TEST_F(WavDecoder, ConvertingReadsAgreeWithRawReadsInAnyOrder)
+{
+    // Long enough for several of the pieces in which converting reads take the file. Requests of
+    // every size, seeks back and forth, raw reads and chunk fetches in between must all give
+    // the frames at the read position.
+    unsigned int const frames = 60001;
+    std::vector<unsigned char> body(std::size_t(frames) * 4);
+    for (std::size_t i = 0; i < body.size(); ++i)
+        body[i] = static_cast<unsigned char>(i * 7 + (i >> 9));
+    auto const file = riffWave(Bytes().chunk("fmt ", fmtBody(1, 2, 44100, 16)).chunk("data", body).chunk("note", {1, 2, 3}).data);
+    Decoder& d = open(file);
+    d.Sync();
+    auto expected = [&](unsigned int frame, unsigned int channel) {
+        std::size_t const at = (std::size_t(frame) * 2 + channel) * 2;
+        return float(short(body[at] | (body[at + 1] << 8))) / 32768.0f;
+    };
+    struct Step {
+        int seek; // -1: none
+        unsigned int frames;
+        char kind; // 'f' float, 's' 16-bit, 'd' double, 'r' raw, 'c' chunk fetch first
+    };
+    Step const steps[] = {{-1, 1, 'f'},   {-1, 4095, 'f'}, {-1, 4096, 's'}, {-1, 9000, 'f'}, {100, 3000, 'd'},
+                          {-1, 10000, 'r'}, {-1, 5000, 'f'}, {-1, 5000, 'c'}, {16000, 20000, 'f'}, {-1, 7, 's'},
+                          {59990, 100, 'f'}, {5, 8000, 'f'}};
+    for (Step const& step : steps) {
+        if (step.seek >= 0)
+            d.Seek(unsigned(step.seek));
+        unsigned int const at = d.GetSamplePos();
+        unsigned int const want = std::min(step.frames, frames - at);
+        std::vector<float> got(std::size_t(want) * 2);
+        unsigned int n = 0;
+        if (step.kind == 'c') {
+            std::vector<unsigned char> chunk;
+            d.GetApplicationChunk(Audio::FourCC("note"), chunk);
+            ASSERT_EQ(chunk.size(), 3u);
+        }
+        if (step.kind == 'f' || step.kind == 'c') {
+            d.ReadFloatInterleaved(step.frames, got.data(), n);
+        } else if (step.kind == 's') {
+            std::vector<short> s(got.size());
+            d.ReadInt16Interleaved(step.frames, s.data(), n);
+            std::transform(s.begin(), s.end(), got.begin(), [](short v) { return float(v) / 32768.0f; });
+        } else if (step.kind == 'd') {
+            std::vector<double> v(got.size());
+            d.ReadFloatInterleaved(step.frames, v.data(), n);
+            std::copy(v.begin(), v.end(), got.begin());
+        } else {
+            std::vector<unsigned char> r(got.size() * 2);
+            d.ReadRawInterleaved(step.frames, r.data(), n);
+            for (std::size_t i = 0; i < got.size(); ++i)
+                got[i] = float(short(r[2 * i] | (r[2 * i + 1] << 8))) / 32768.0f;
+        }
+        ASSERT_EQ(n, want);
+        ASSERT_EQ(d.GetSamplePos(), at + want);
+        for (unsigned int j = 0; j < want; ++j)
+            for (unsigned int c = 0; c < 2; ++c)
+                ASSERT_EQ(got[2 * j + c], expected(at + j, c)) << "frame " << at + j << " after seeking to " << step.seek;
+    }
+}
+
+TEST_F(WavDecoder, AFileCutShortAfterSyncFailsAtTheFirstReadThatNeedsTheMissingBytes)
+{
+    // Reading ahead must neither report the loss early nor change what the failing read reports.
+    std::vector<unsigned char> body(40000 * 2);
+    Decoder& d = open(wav(1, 1, 16, body));
+    d.Sync();
+    std::filesystem::resize_file(PathOf("t.wav"), 44 + 30000 * 2);
+    std::vector<float> out(4000);
+    unsigned int n = 0;
+    for (int block = 0; block < 7; ++block) {
+        d.ReadFloatInterleaved(4000, out.data(), n);
+        ASSERT_EQ(n, 4000u);
+    }
+    d.ReadFloatInterleaved(1000, out.data(), n);
+    try {
+        d.ReadFloatInterleaved(4000, out.data(), n);
+        FAIL() << "no error";
+    } catch (Util::Exception::FileIO const& e) {
+        EXPECT_EQ(e.GetMessage(), "Attempt to read 8000 bytes, only read 2000 bytes");
+    }
+    EXPECT_EQ(d.GetSamplePos(), 29000u);
 }

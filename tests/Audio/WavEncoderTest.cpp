@@ -7,6 +7,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <cstring>
 #include <random>
 
 using namespace Cordel;
@@ -250,4 +251,23 @@ TEST_F(WavEncoder, UnevenBlocksAndRawWritesKeepTheirOrder)
     std::size_t const chunk = 44 + 40001 * 6;
     EXPECT_EQ(std::string(b.begin() + chunk, b.begin() + chunk + 4), "test");
     EXPECT_EQ(std::string(b.begin() + chunk + 8, b.end() - 1), "abc");
+}
+
+TEST_F(WavEncoder, FramesWiderThanTheWritersBufferArriveWhole)
+{
+    // One frame of 20000 float channels is larger than the pieces in which the writer hands
+    // samples to the file; every sample must still land once, in order.
+    unsigned int const channels = 20000, frames = 5;
+    std::vector<float> samples(std::size_t(channels) * frames);
+    for (std::size_t i = 0; i < samples.size(); ++i)
+        samples[i] = float(i) * 1e-6f;
+    Encoder e(path(), WaveFormat{channels, 4, 8000, true, 0});
+    e.Open();
+    e.WriteFloatInterleaved(2, samples.data());
+    e.WriteFloatInterleaved(3, samples.data() + 2 * channels);
+    e.Close();
+    auto const b = bytes();
+    std::size_t const data = b.size() - samples.size() * 4;
+    ASSERT_EQ(std::string(b.begin() + std::ptrdiff_t(data) - 8, b.begin() + std::ptrdiff_t(data) - 4), "data");
+    EXPECT_EQ(std::memcmp(b.data() + data, samples.data(), samples.size() * 4), 0);
 }

@@ -84,6 +84,15 @@ TEST_P(VectorKernels, ArithmeticMatchesTheScalarDefinition)
         EXPECT_TRUE(sameBits(expectAccumulated, accumulated)) << n;
         EXPECT_TRUE(sameBits(expectScaled, scaled)) << n;
 
+        // In place: the loops read each element before they overwrite it, whole vectors and the
+        // masked tail alike.
+        std::vector<float> x(a.begin() + 1, a.end());
+        IPP::MulConstant_InPlace(n, x.data(), 0.3f);
+        EXPECT_TRUE(sameBits(expectScaled, x)) << n;
+        x.assign(a.begin() + 1, a.end());
+        IPP::Add_InPlace(n, b.data() + 1, x.data());
+        EXPECT_TRUE(sameBits(expectSum, x)) << n;
+
         std::vector<double> da(a.begin(), a.end()), db(b.begin(), b.end()), dsum(n + 1), dscaled(n);
         IPP::Add(n, da.data() + 1, db.data() + 1, dsum.data() + 1);
         IPP::MulConstant_InPlace(n, da.data() + 1, 0.1);

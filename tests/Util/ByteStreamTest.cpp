@@ -129,6 +129,21 @@ TEST(ByteStream, StringLayoutAndLengthFlag)
     EXPECT_EQ(text, "xyz");
 }
 
+TEST(ByteStream, StringExtractionLeavesSharedCopiesAlone)
+{
+    ByteStream s;
+    s << String("a sample name longer than the small-string buffer") << String("kick");
+    s.SetPosition(0);
+    String text = "held";
+    String const copy = text;
+    s >> text;
+    EXPECT_EQ(copy, "held");
+    String const first = text;
+    s >> text;
+    EXPECT_EQ(text, "kick");
+    EXPECT_EQ(first, "a sample name longer than the small-string buffer");
+}
+
 TEST(ByteStream, StringExtractionIsLenient)
 {
     String text = "stale";

@@ -148,6 +148,31 @@ TEST_F(FileStreamTest, StringLayout)
     EXPECT_EQ(readAll(PathOf("strings")), std::string("\0\0\0\0\x03\0\0\0abcde", 13));
 }
 
+// Extraction refills the target's own text when nobody shares it; a copy that shares the text
+// must keep the old value, and a shorter value must not keep the tail of a longer one.
+TEST_F(FileStreamTest, StringExtractionLeavesSharedCopiesAlone)
+{
+    {
+        FileStream out(pathOf("refill"), File::ModeWrite);
+        out << String("a sample name longer than the small-string buffer") << "kick" << String() << "snare";
+    }
+    FileStream in(pathOf("refill"), File::ModeRead);
+    String text = "held";
+    String const copy = text;
+    in >> text;
+    EXPECT_EQ(copy, "held");
+    EXPECT_EQ(text, "a sample name longer than the small-string buffer");
+    String const second = text;
+    in >> text;
+    EXPECT_EQ(text, "kick");
+    EXPECT_EQ(second, "a sample name longer than the small-string buffer");
+    in >> text;
+    EXPECT_TRUE(text.IsEmpty());
+    in >> text;
+    EXPECT_EQ(text, "snare");
+    EXPECT_EQ(text.Length(), 5u);
+}
+
 TEST_F(FileStreamTest, StringLengthLimit)
 {
     {

@@ -7,13 +7,15 @@
 namespace Cordel::IPP::detail {
 
 Kernels const baselineKernels = makeKernels();
-Kernels const* activeKernels = &baselineKernels;
+constinit Kernels activeKernels = makeKernels();
 
 } // namespace Cordel::IPP::detail
 
 namespace Cordel::IPP {
 
 namespace {
+
+InstructionSet activeSet = InstructionSet::Baseline;
 
 detail::Kernels const* tableFor(InstructionSet set)
 {
@@ -63,18 +65,15 @@ bool IsSupported(InstructionSet set)
 
 InstructionSet ActiveInstructionSet()
 {
-    if (detail::activeKernels == &detail::avx512Kernels)
-        return InstructionSet::AVX512;
-    if (detail::activeKernels == &detail::avx2Kernels)
-        return InstructionSet::AVX2;
-    return InstructionSet::Baseline;
+    return activeSet;
 }
 
 bool UseInstructionSet(InstructionSet set)
 {
     if (!IsSupported(set))
         return false;
-    detail::activeKernels = tableFor(set);
+    detail::activeKernels = *tableFor(set);
+    activeSet = set;
     return true;
 }
 

@@ -27,18 +27,6 @@ __m512i clampTruncate(__m512 v)
     return _mm512_cvttps_epi32(v);
 }
 
-void floatToShortAvx512(unsigned int n, float const* src, short* dst, float multiplier, float bias)
-{
-    __m512 const m = _mm512_set1_ps(multiplier);
-    __m512 const b = _mm512_set1_ps(bias);
-    unsigned int i = 0;
-    for (; i + 16 <= n; i += 16) {
-        __m512 const x = _mm512_add_ps(_mm512_mul_ps(_mm512_loadu_ps(src + i), m), b);
-        _mm256_storeu_si256(reinterpret_cast<__m256i*>(dst + i), _mm512_cvtsepi32_epi16(clampTruncate(x)));
-    }
-    floatToShortLoop(n - i, src + i, dst + i, multiplier, bias);
-}
-
 // x·m at float width, which gives the double definition's result for the multipliers the caller
 // passes (see Convert.cpp), truncated and saturated, NaN giving 0. With rounding, the half (with
 // the sign of x) is added to the exact product in one fused step rounded toward zero: that sum
@@ -77,22 +65,109 @@ unsigned int toCacheLine(void const* dst)
     return address % ElementBytes == 0 ? static_cast<unsigned int>((0 - address) % 64 / ElementBytes) : 0;
 }
 
+// Loads and stores of 16 elements, all of them or the first few under a mask. Masked loads never
+// fault on the lanes they leave out, so the last partial vector reads nothing beyond the buffer.
+struct Whole {
+    static __m512 load(float const* p) { return _mm512_loadu_ps(p); }
+    static __m512i load(int const* p) { return _mm512_loadu_si512(p); }
+    static __m256i load(short const* p) { return _mm256_loadu_si256(reinterpret_cast<__m256i const*>(p)); }
+    static void store(float* p, __m512 v) { _mm512_storeu_ps(p, v); }
+    static void store(int* p, __m512i v) { _mm512_storeu_si512(p, v); }
+    static void store(short* p, __m256i v) { _mm256_storeu_si256(reinterpret_cast<__m256i*>(p), v); }
+};
+
+struct Partial {
+    // The first `count` (below 16) of the 16 lanes.
+    explicit Partial(unsigned int count) : mask(static_cast<__mmask16>((1u << count) - 1)) {}
+    __m512 load(float const* p) const { return _mm512_maskz_loadu_ps(mask, p); }
+    __m512i load(int const* p) const { return _mm512_maskz_loadu_epi32(mask, p); }
+    __m256i load(short const* p) const { return _mm256_maskz_loadu_epi16(mask, p); }
+    void store(float* p, __m512 v) const { _mm512_mask_storeu_ps(p, mask, v); }
+    void store(int* p, __m512i v) const { _mm512_mask_storeu_epi32(p, mask, v); }
+    void store(short* p, __m256i v) const { _mm256_mask_storeu_epi16(p, mask, v); }
+    __mmask16 mask;
+};
+
+// Calls step(i, io) over n elements 16 at a time: whole vectors four to a turn while they last,
+// then one to a turn, then the rest under a mask. A short run thus costs what the plain loop costs,
+// with no alignment peeling and no scalar remainder; a long one first stores the partial vector
+// that brings dst to a cache-line boundary.
+template <typename Dst, typename Step>
+[[gnu::always_inline]] inline void forEach16(unsigned int n, Dst const* dst, Step step)
+{
+    // The loops are written rotated, each entered only when it runs at least once: the compiler's
+    // own rotation jumps to the condition first, a taken branch that a short run notices.
+    std::size_t i = 0;
+    if (n >= 64) {
+        if (n >= alignFrom) [[unlikely]] {
+            i = toCacheLine<sizeof(Dst)>(dst);
+            step(std::size_t(0), Partial(static_cast<unsigned int>(i)));
+        }
+        do {
+            step(i, Whole());
+            step(i + 16, Whole());
+            step(i + 32, Whole());
+            step(i + 48, Whole());
+            i += 64;
+        } while (i + 64 <= n);
+    }
+    if (i + 16 <= n) {
+        do {
+            step(i, Whole());
+            i += 16;
+        } while (i + 16 <= n);
+    }
+    if (i < n)
+        step(i, Partial(static_cast<unsigned int>(n - i)));
+}
+
+void addAvx512(unsigned int n, float const* a, float const* b, float* dst)
+{
+    forEach16(n, dst, [=](std::size_t i, auto io) { io.store(dst + i, _mm512_add_ps(io.load(a + i), io.load(b + i))); });
+}
+
+void mulConstantAvx512(unsigned int n, float const* src, float* dst, float c)
+{
+    __m512 const m = _mm512_set1_ps(c);
+    forEach16(n, dst, [=](std::size_t i, auto io) { io.store(dst + i, _mm512_mul_ps(io.load(src + i), m)); });
+}
+
+// The product is rounded before the sum, as in the definition: never one fused step.
+void addProductAvx512(unsigned int n, float const* a, float const* b, float* srcDst)
+{
+    forEach16(n, srcDst, [=](std::size_t i, auto io) {
+        io.store(srcDst + i, _mm512_add_ps(io.load(srcDst + i), _mm512_mul_ps(io.load(a + i), io.load(b + i))));
+    });
+}
+
+void shortToFloatAvx512(unsigned int n, short const* src, float* dst, float factor)
+{
+    __m512 const f = _mm512_set1_ps(factor);
+    forEach16(n, dst, [=](std::size_t i, auto io) {
+        io.store(dst + i, _mm512_mul_ps(_mm512_cvtepi32_ps(_mm512_cvtepi16_epi32(io.load(src + i))), f));
+    });
+}
+
+void intToFloatAvx512(unsigned int n, int const* src, float* dst)
+{
+    forEach16(n, dst, [=](std::size_t i, auto io) { io.store(dst + i, _mm512_cvtepi32_ps(io.load(src + i))); });
+}
+
+void floatToShortAvx512(unsigned int n, float const* src, short* dst, float multiplier, float bias)
+{
+    __m512 const m = _mm512_set1_ps(multiplier);
+    __m512 const b = _mm512_set1_ps(bias);
+    forEach16(n, dst, [=](std::size_t i, auto io) {
+        __m512 const x = _mm512_add_ps(_mm512_mul_ps(io.load(src + i), m), b);
+        io.store(dst + i, _mm512_cvtsepi32_epi16(clampTruncate(x)));
+    });
+}
+
 template <bool Round>
 void floatToIntAvx512(unsigned int n, float const* src, int* dst, float multiplier)
 {
     __m512 const m = _mm512_set1_ps(multiplier);
-    unsigned int i = 0;
-    if (n >= alignFrom) {
-        i = toCacheLine<sizeof(int)>(dst);
-        __mmask16 const head = static_cast<__mmask16>((1u << i) - 1);
-        _mm512_mask_storeu_epi32(dst, head, scaleToInt<Round>(_mm512_maskz_loadu_ps(head, src), m));
-    }
-    for (; i + 16 <= n; i += 16)
-        _mm512_storeu_si512(dst + i, scaleToInt<Round>(_mm512_loadu_ps(src + i), m));
-    if (i < n) {
-        __mmask16 const tail = static_cast<__mmask16>((1u << (n - i)) - 1);
-        _mm512_mask_storeu_epi32(dst + i, tail, scaleToInt<Round>(_mm512_maskz_loadu_ps(tail, src + i), m));
-    }
+    forEach16(n, dst, [=](std::size_t i, auto io) { io.store(dst + i, scaleToInt<Round>(io.load(src + i), m)); });
 }
 
 // Index vectors for the two-source permutes: element k of the first operand is index k, of the
@@ -179,6 +254,11 @@ void deinterleaveShortAvx512(unsigned int n, short const* src, short* left, shor
 constexpr Kernels makeAvx512Kernels()
 {
     Kernels k = makeKernels();
+    k.addFloat = addAvx512;
+    k.mulConstantFloat = mulConstantAvx512;
+    k.addProductFloat = addProductAvx512;
+    k.shortToFloat = shortToFloatAvx512;
+    k.intToFloat = intToFloatAvx512;
     k.floatToShort = floatToShortAvx512;
     k.floatToInt = floatToIntAvx512<false>;
     k.floatToIntRounded = floatToIntAvx512<true>;

@@ -40,11 +40,18 @@ void ByteStream::failExtract(unsigned int width) const
 
 ByteStream& ByteStream::operator>>(String& v)
 {
-    v = String();
-    unsigned int const length = take<std::uint32_t>();
-    if (length > MaxStringLength || length > remaining())
+    unsigned int length = 0;
+    try {
+        length = take<std::uint32_t>();
+    } catch (...) {
+        v.assignBytes({});
+        throw;
+    }
+    if (length > MaxStringLength || length > remaining()) {
+        v.assignBytes({});
         return *this;
-    v = String(std::string_view(reinterpret_cast<char const*>(data.data() + position), length));
+    }
+    v.assignBytes(std::string_view(reinterpret_cast<char const*>(data.data() + position), length));
     position += length;
     return *this;
 }

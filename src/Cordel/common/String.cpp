@@ -58,6 +58,16 @@ String& String::operator=(char const* s)
     return *this;
 }
 
+void String::assignBytes(std::string_view bytes)
+{
+    if (bytes.empty())
+        replaceText(nullptr);
+    else if (text && text.unique())
+        text->assign(bytes);
+    else
+        replaceText(new std::string(bytes));
+}
+
 std::string& String::ownText()
 {
     if (!text)

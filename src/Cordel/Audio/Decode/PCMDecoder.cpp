@@ -3,6 +3,7 @@
 #include <Cordel/Audio/detail/SampleConversion.h>
 #include <Cordel/IPP/Arithmetic.h>
 #include <Cordel/IPP/Convert.h>
+#include <Cordel/Util/FileIOException.h>
 #include <Cordel/Util/detail/Throw.h>
 
 #include <algorithm>
@@ -44,6 +45,7 @@ void PCMDecoder::beginSync()
     numSampleFrames = 0;
     dataStart = 0;
     filePosition = {};
+    stageFirst = stageEnd = 0;
     format = WaveFormat();
     coding = SampleCoding();
     applicationChunks.clear();
@@ -82,19 +84,22 @@ void PCMDecoder::ReadRawInterleaved(unsigned int frames, unsigned char* out, uns
 {
     requireSynced("ReadRawInterleaved", frames);
     unsigned int const n = std::min(frames, numSampleFrames - samplePos);
-    if (n) {
-        // Position first: fetching a chunk may have moved the file elsewhere. A seek costs a
-        // system call and empties the stream's buffer, so it is skipped when the file is known
-        // to be where the samples continue.
-        unsigned int const position = dataStart + samplePos * format.BytesPerFrame();
-        if (!filePosition.IsSet() || filePosition.Get() != position)
-            file.At(position);
-        filePosition = {};
-        file.ReadBlock(reinterpret_cast<char*>(out), n * format.BytesPerFrame());
-        filePosition = position + n * format.BytesPerFrame();
-    }
+    if (n)
+        readAt(dataStart + samplePos * format.BytesPerFrame(), out, n * format.BytesPerFrame());
     samplePos += n;
     framesRead = n;
+}
+
+void PCMDecoder::readAt(unsigned int position, unsigned char* out, unsigned int count)
+{
+    // Position first: fetching a chunk may have moved the file elsewhere. A seek costs a system
+    // call and empties the stream's buffer, so it is skipped when the file is known to be where
+    // the bytes are.
+    if (!filePosition.IsSet() || filePosition.Get() != position)
+        file.At(position);
+    filePosition = {};
+    file.ReadBlock(reinterpret_cast<char*>(out), count);
+    filePosition = position + count;
 }
 
 bool PCMDecoder::canConvert(Target target) const
@@ -107,7 +112,7 @@ bool PCMDecoder::canConvert(Target target) const
     return bytes >= 1 && bytes <= 4;
 }
 
-unsigned int PCMDecoder::readForConversion(unsigned int frames, Target target, char const* operation)
+unsigned int PCMDecoder::readForConversion(unsigned int frames, Target target, char const* operation, unsigned char const*& raw)
 {
     requireSynced(operation, frames);
     if (!canConvert(target)) {
@@ -115,23 +120,66 @@ unsigned int PCMDecoder::readForConversion(unsigned int frames, Target target, c
         fail(String("%1 %2 called, unsupported conversion").Arg(name).Arg(frames), CORDEL_HERE);
     }
     unsigned int const n = std::min(frames, numSampleFrames - samplePos);
-    rawBuffer.resize(std::max<std::size_t>(rawBuffer.size(), std::size_t(n) * format.BytesPerFrame()));
+    unsigned int const frameBytes = format.BytesPerFrame();
+    if (n && stage(n)) {
+        raw = stageBuffer.data() + std::size_t(samplePos - stageFirst) * frameBytes;
+        samplePos += n;
+        return n;
+    }
+    // A request too large for the stage, or one whose bytes the file did not give: read it as it
+    // is, so that a failure is reported exactly as a raw read of those frames reports it.
+    rawBuffer.resize(std::max<std::size_t>(rawBuffer.size(), std::size_t(n) * frameBytes));
     unsigned int read = 0;
     ReadRawInterleaved(n, rawBuffer.data(), read);
-    unsigned int const samples = read * format.numChannels;
-    if (coding.bigEndian && format.bytesPerSample > 1)
-        swapSampleBytes(samples, format.bytesPerSample, rawBuffer.data());
-    if (coding.signedBytes && format.bytesPerSample == 1)
-        for (unsigned int i = 0; i < samples; ++i)
-            rawBuffer[i] ^= 0x80; // signed to offset form: s + 128
+    toLittleEndianOffsetForm(read * format.numChannels, rawBuffer.data());
+    raw = rawBuffer.data();
     return read;
 }
 
-void PCMDecoder::rawToFloat(unsigned int samples, float* out)
+bool PCMDecoder::stage(unsigned int n)
+{
+    if (samplePos >= stageFirst && samplePos + n <= stageEnd)
+        return true;
+    std::size_t const frameBytes = format.BytesPerFrame();
+    unsigned int const capacity = static_cast<unsigned int>(stageCapacity / frameBytes);
+    if (n > capacity / 2)
+        return false; // the stage would save nothing
+    // Keep the staged frames from the read position on, and read what follows them.
+    unsigned int kept = 0;
+    if (samplePos >= stageFirst && samplePos < stageEnd) {
+        kept = stageEnd - samplePos;
+        std::memmove(stageBuffer.data(), stageBuffer.data() + (samplePos - stageFirst) * frameBytes, kept * frameBytes);
+    }
+    unsigned int const first = samplePos + kept;
+    unsigned int const count = std::min(capacity - kept, numSampleFrames - first);
+    stageFirst = samplePos;
+    stageEnd = samplePos + kept;
+    stageBuffer.resize(stageCapacity);
+    unsigned char* const dest = stageBuffer.data() + std::size_t(kept) * frameBytes;
+    try {
+        readAt(dataStart + first * static_cast<unsigned int>(frameBytes), dest, count * static_cast<unsigned int>(frameBytes));
+    } catch (Util::Exception::FileIO const&) {
+        stageFirst = stageEnd = 0;
+        return false;
+    }
+    toLittleEndianOffsetForm(count * format.numChannels, dest);
+    stageEnd += count;
+    return true;
+}
+
+void PCMDecoder::toLittleEndianOffsetForm(unsigned int samples, unsigned char* raw) const
+{
+    if (coding.bigEndian && format.bytesPerSample > 1)
+        swapSampleBytes(samples, format.bytesPerSample, raw);
+    if (coding.signedBytes && format.bytesPerSample == 1)
+        for (unsigned int i = 0; i < samples; ++i)
+            raw[i] ^= 0x80; // signed to offset form: s + 128
+}
+
+void PCMDecoder::rawToFloat(unsigned int samples, unsigned char const* raw, float* out)
 {
     if (!samples)
         return; // the buffers of an empty read may be null, which memcpy may not be handed
-    unsigned char const* raw = rawBuffer.data();
     switch (format.isFloat ? 0 : format.bytesPerSample) {
     case 0: std::memcpy(out, raw, std::size_t(samples) * 4); break;
     case 1:
@@ -148,17 +196,17 @@ void PCMDecoder::rawToFloat(unsigned int samples, float* out)
     }
 }
 
-void PCMDecoder::rawToInt16(unsigned int samples, short* out)
+void PCMDecoder::rawToInt16(unsigned int samples, unsigned char const* raw, short* out)
 {
     if (!samples)
         return; // as in rawToFloat
     if (!format.isFloat && format.bytesPerSample == 2) {
-        std::memcpy(out, rawBuffer.data(), std::size_t(samples) * 2);
+        std::memcpy(out, raw, std::size_t(samples) * 2);
         return;
     }
     convertBuffer.resize(std::max<std::size_t>(convertBuffer.size(), std::size_t(samples) * sizeof(float)));
     float* const floats = reinterpret_cast<float*>(convertBuffer.data());
-    rawToFloat(samples, floats);
+    rawToFloat(samples, raw, floats);
     IPP::Convert(samples, floats, out, -15, false);
 }
 
@@ -169,26 +217,28 @@ void PCMDecoder::ReadFloatInterleaved(unsigned int frames, float* out, unsigned 
         ReadRawInterleaved(frames, reinterpret_cast<unsigned char*>(out), framesRead);
         return;
     }
-    framesRead = readForConversion(frames, Target::Float, "ReadFloatInterleaved");
-    rawToFloat(framesRead * format.numChannels, out);
+    unsigned char const* raw = nullptr;
+    framesRead = readForConversion(frames, Target::Float, "ReadFloatInterleaved", raw);
+    rawToFloat(framesRead * format.numChannels, raw, out);
 }
 
 void PCMDecoder::ReadFloatInterleaved(unsigned int frames, double* out, unsigned int& framesRead)
 {
-    framesRead = readForConversion(frames, Target::Double, "ReadFloatInterleaved");
+    unsigned char const* raw = nullptr;
+    framesRead = readForConversion(frames, Target::Double, "ReadFloatInterleaved", raw);
     unsigned int const samples = framesRead * format.numChannels;
     if (!format.isFloat && format.bytesPerSample == 4) {
         // x / 2^31 exactly; the float read rounds the integer to 24 bits first.
         for (unsigned int i = 0; i < samples; ++i) {
             std::int32_t v;
-            std::memcpy(&v, rawBuffer.data() + 4 * std::size_t(i), 4);
+            std::memcpy(&v, raw + 4 * std::size_t(i), 4);
             out[i] = static_cast<double>(v) * (1.0 / 2147483648.0);
         }
         return;
     }
     convertBuffer.resize(std::max<std::size_t>(convertBuffer.size(), std::size_t(samples) * sizeof(float)));
     float* const floats = reinterpret_cast<float*>(convertBuffer.data());
-    rawToFloat(samples, floats);
+    rawToFloat(samples, raw, floats);
     std::copy(floats, floats + samples, out);
 }
 
@@ -198,8 +248,9 @@ void PCMDecoder::ReadInt16Interleaved(unsigned int frames, short* out, unsigned 
         ReadRawInterleaved(frames, reinterpret_cast<unsigned char*>(out), framesRead); // as for float files
         return;
     }
-    framesRead = readForConversion(frames, Target::Int16, "ReadInt16Interleaved");
-    rawToInt16(framesRead * format.numChannels, out);
+    unsigned char const* raw = nullptr;
+    framesRead = readForConversion(frames, Target::Int16, "ReadInt16Interleaved", raw);
+    rawToInt16(framesRead * format.numChannels, raw, out);
 }
 
 namespace {
@@ -218,19 +269,21 @@ void splitChannels(unsigned int frames, unsigned int channels, T const* interlea
 
 void PCMDecoder::ReadFloatDeinterleaved(unsigned int frames, float* const* channels, unsigned int& framesRead)
 {
-    framesRead = readForConversion(frames, Target::Float, "ReadFloatDeinterleaved");
+    unsigned char const* raw = nullptr;
+    framesRead = readForConversion(frames, Target::Float, "ReadFloatDeinterleaved", raw);
     unsigned int const samples = framesRead * format.numChannels;
     aligned_vector<float> interleaved(samples);
-    rawToFloat(samples, interleaved.data());
+    rawToFloat(samples, raw, interleaved.data());
     splitChannels(framesRead, format.numChannels, interleaved.data(), channels);
 }
 
 void PCMDecoder::ReadInt16Deinterleaved(unsigned int frames, short* const* channels, unsigned int& framesRead)
 {
-    framesRead = readForConversion(frames, Target::Int16, "ReadInt16Deinterleaved");
+    unsigned char const* raw = nullptr;
+    framesRead = readForConversion(frames, Target::Int16, "ReadInt16Deinterleaved", raw);
     unsigned int const samples = framesRead * format.numChannels;
     aligned_vector<short> interleaved(samples);
-    rawToInt16(samples, interleaved.data());
+    rawToInt16(samples, raw, interleaved.data());
     splitChannels(framesRead, format.numChannels, interleaved.data(), channels);
 }
 
@@ -266,6 +319,7 @@ void PCMDecoder::Close()
 {
     synced = false;
     filePosition = {};
+    stageFirst = stageEnd = 0;
     if (file.IsOpen())
         file.Close();
 }

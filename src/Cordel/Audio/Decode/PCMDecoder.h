@@ -76,11 +76,18 @@ protected:
 private:
     enum class Target { Float, Double, Int16 };
     bool canConvert(Target target) const;
-    // Checks the synced state and the conversion, clamps the request and reads the raw bytes into
-    // the scratch buffer (swapped to little-endian order). Returns the frames read.
-    unsigned int readForConversion(unsigned int frames, Target target, char const* operation);
-    void rawToFloat(unsigned int samples, float* out);
-    void rawToInt16(unsigned int samples, short* out);
+    // Checks the synced state and the conversion, clamps the request and reads the raw bytes
+    // (swapped to little-endian order, 8-bit ones in offset form). Returns the frames read and
+    // points raw at their bytes.
+    unsigned int readForConversion(unsigned int frames, Target target, char const* operation, unsigned char const*& raw);
+    // Makes the staged frames cover the n frames from the read position; false when the request
+    // is too large for the stage or the file did not give the bytes.
+    bool stage(unsigned int n);
+    // Reads count bytes at a position of the file, seeking only when it is elsewhere.
+    void readAt(unsigned int position, unsigned char* out, unsigned int count);
+    void toLittleEndianOffsetForm(unsigned int samples, unsigned char* raw) const;
+    void rawToFloat(unsigned int samples, unsigned char const* raw, float* out);
+    void rawToInt16(unsigned int samples, unsigned char const* raw, short* out);
     void requireSynced(char const* operation, unsigned int value) const;
 
     unsigned int samplePos = 0;
@@ -91,6 +98,14 @@ private:
     checked_value<unsigned int> filePosition;
     aligned_vector<unsigned char> rawBuffer;
     aligned_vector<unsigned char> convertBuffer;
+    // Converting reads take the file in pieces of about 64 KB and convert from there: a system
+    // call per piece instead of one per request, and the copy out of the page cache lands in
+    // memory the cache still holds when the conversion reads it. Frames [stageFirst, stageEnd),
+    // already in little-endian offset form; raw reads and Seek never touch the stage.
+    static constexpr std::size_t stageCapacity = 65536;
+    aligned_vector<unsigned char> stageBuffer;
+    unsigned int stageFirst = 0;
+    unsigned int stageEnd = 0;
 };
 
 } // namespace Cordel::Audio::Decode

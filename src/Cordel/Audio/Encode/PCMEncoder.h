@@ -7,6 +7,10 @@
 // truncated; 24-bit x * (2^23 - 1) rounded half away from zero, without clipping (beyond +-1 the
 // value wraps); 32-bit float as it is. 8-bit and 64-bit files cannot be written from floats.
 // The double variants narrow to float first and follow the same rules.
+//
+// Converted samples reach the file in pieces of up to 64 KB. A failure to write them is reported
+// by the sample write that completes a piece, or else by the raw sample write, chunk write or
+// Close that follows.
 
 #include <Cordel/Audio/Encode/Stream.h>
 #include <Cordel/IPP/Memory.h>
@@ -61,8 +65,9 @@ protected:
 
 private:
     void writeConverted(unsigned int frames, float const* samples);
-    // Hands the converted samples that are waiting to the file.
+    // Hands the converted samples that are waiting to the file: all of them, or the first bytes.
     void writePending();
+    void writePending(std::size_t bytes);
     unsigned int dataBytes() const { return framesWritten * format.BytesPerFrame(); }
 
     static constexpr std::size_t pendingCapacity = 65536;
@@ -70,6 +75,7 @@ private:
     bool bigEndian;
     aligned_vector<unsigned char> conversionBuffer;
     std::size_t pendingBytes = 0; // converted samples at the start of conversionBuffer, not yet written
+    std::size_t pendingOffset = 0; // where in the file they go
     aligned_vector<float> interleaveBuffer;
 };
 

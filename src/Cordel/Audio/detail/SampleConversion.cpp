@@ -1,25 +1,28 @@
 #include <Cordel/Audio/detail/SampleConversion.h>
 #include <Cordel/Audio/detail/SampleKernels.h>
 #include <Cordel/IPP/Convert.h>
+#include <Cordel/IPP/InstructionSet.h>
 
 #include <cstring>
 
 namespace Cordel::Audio::detail {
 
-namespace {
-
-bool const hasAVX2 = __builtin_cpu_supports("avx2");
-
-} // namespace
-
 void int24ToFloat(std::size_t n, unsigned char const* in, float* out)
 {
-    hasAVX2 ? avx2::int24ToFloat(n, in, out) : kernels::int24ToFloat(n, in, out);
+    switch (IPP::ActiveInstructionSet()) {
+    case IPP::InstructionSet::AVX512: avx512::int24ToFloat(n, in, out); break;
+    case IPP::InstructionSet::AVX2: avx2::int24ToFloat(n, in, out); break;
+    default: kernels::int24ToFloat(n, in, out); break;
+    }
 }
 
 void floatToInt24(std::size_t n, float const* in, unsigned char* out)
 {
-    hasAVX2 ? avx2::floatToInt24(n, in, out) : kernels::floatToInt24(n, in, out);
+    switch (IPP::ActiveInstructionSet()) {
+    case IPP::InstructionSet::AVX512: avx512::floatToInt24(n, in, out); break;
+    case IPP::InstructionSet::AVX2: avx2::floatToInt24(n, in, out); break;
+    default: kernels::floatToInt24(n, in, out); break;
+    }
 }
 
 bool encodesFloat(unsigned int bytesPerSample, bool isFloat)

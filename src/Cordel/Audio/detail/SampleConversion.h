@@ -1,7 +1,8 @@
 #pragma once
 // Internal: the sample conversions that only audio files need. The 16- and 32-bit integer rules
 // are the vector layer's (IPP::Convert); the 24-bit ones are our own, and the hot loops run an
-// AVX2 build of the same code when the processor has it (see SampleKernels.h).
+// AVX2 or AVX-512 build of the same code when the vector layer uses that instruction set (see
+// SampleKernels.h), so that tests switching the instruction set cover them too.
 
 #include <cstddef>
 
@@ -25,5 +26,10 @@ namespace avx2 {
 void int24ToFloat(std::size_t n, unsigned char const* in, float* out);
 void floatToInt24(std::size_t n, float const* in, unsigned char* out);
 } // namespace avx2
+
+namespace avx512 {
+void int24ToFloat(std::size_t n, unsigned char const* in, float* out);
+void floatToInt24(std::size_t n, float const* in, unsigned char* out);
+} // namespace avx512
 
 } // namespace Cordel::Audio::detail

@@ -29,9 +29,10 @@ extern Kernels const baselineKernels;
 extern Kernels const avx2Kernels;
 extern Kernels const avx512Kernels;
 
-// Never null: it points at the baseline table until the library's load-time selection runs.
-extern Kernels const* activeKernels;
+// A copy of the table in use, not a pointer to it: each call then costs one load and the jump, with
+// no second load waiting on the first. Holds the baseline loops until the load-time selection runs.
+extern Kernels activeKernels;
 
-inline Kernels const& kernels() { return *activeKernels; }
+inline Kernels const& kernels() { return activeKernels; }
 
 } // namespace Cordel::IPP::detail
