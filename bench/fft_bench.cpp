@@ -3,6 +3,7 @@
 // and real, float and double, on the same data in one process.
 
 #include <Cordel/IPP/FFT.h>
+#include <Cordel/IPP/Memory.h>
 
 #include <benchmark/benchmark.h>
 #include <fftw3.h>
@@ -37,8 +38,10 @@ template <typename T, bool real>
 void cordel(benchmark::State& state, unsigned int order)
 {
     unsigned int const n = 1u << order;
-    auto in = noise<T>(2 * n + 2);
-    std::vector<T> out(2 * n + 2);
+    // On the library's own aligned buffers, as FFTW's rows are on fftw_alloc's.
+    auto const x = noise<T>(2 * n + 2);
+    Cordel::aligned_vector<T> in(x.begin(), x.end());
+    Cordel::aligned_vector<T> out(2 * n + 2);
     if constexpr (real) {
         std::conditional_t<std::is_same_v<T, float>, FFTState_Float, FFTState_Double>* s = nullptr;
         FFTInit(&s, order);

@@ -62,43 +62,6 @@ FftKernels<double> const& portable<double>()
     return fftPortableDouble;
 }
 
-// The radices of the passes: radix 8 as far as the order allows (fewer passes over memory), after
-// the leading radix-4 passes asked for; or radix 4 only. The last pass is the one of 4 or 2 points
-// when there is one.
-struct Radices {
-    unsigned int count = 0;
-    unsigned int radix[FftPlan<float>::maxPasses] = {};
-    void add(unsigned int r) { radix[count++] = r; }
-};
-
-Radices radices(unsigned int order, bool eights, unsigned int leadingFours)
-{
-    Radices r;
-    if (order == 1) {
-        r.add(2);
-    } else if (!eights || order < 3) {
-        for (unsigned int o = order; o > 0; o -= o >= 2 ? 2 : 1)
-            r.add(o >= 2 ? 4 : 2);
-    } else {
-        for (; leadingFours > 0 && order >= 5; --leadingFours, order -= 2)
-            r.add(4);
-        if (order == 1) {
-            r.add(2);
-            return r;
-        }
-        if (order == 2) {
-            r.add(4);
-            return r;
-        }
-        unsigned int fours = order % 3 == 2 ? 1 : order % 3 == 1 ? 2 : 0;
-        for (unsigned int e = (order - 2 * fours) / 3; e > 0; --e)
-            r.add(8);
-        for (; fours > 0; --fours)
-            r.add(4);
-    }
-    return r;
-}
-
 template <typename T>
 FftKernels<T> const& halfWide(T*);
 template <>
@@ -212,12 +175,15 @@ FastFft<T>::FastFft(unsigned int order)
     for (unsigned int k = 0; k + 1 < plan.passCount; ++k) {
         FftPass<T>& p = plan.passes[k];
         unsigned int const points = p.radix * p.groups;
+        bool const wide = p.stride >= width;
+        std::size_t const block = wide ? 1 : width; // values of j side by side
         for (unsigned int j = 0; j < p.count; ++j) {
-            unsigned int const power = p.count == p.groups ? j : j / p.stride;
+            unsigned int const power = j / (wide ? 1 : p.stride);
+            T* const at = tw + j / block * 2 * (p.radix - 1) * block + j % block;
             for (unsigned int e = 1; e < p.radix; ++e) {
                 double const angle = -2.0 * std::numbers::pi * double(e * power) / points;
-                tw[(2 * e - 2) * p.count + j] = static_cast<T>(std::cos(angle));
-                tw[(2 * e - 1) * p.count + j] = static_cast<T>(std::sin(angle));
+                at[(2 * e - 2) * block] = static_cast<T>(std::cos(angle));
+                at[(2 * e - 1) * block] = static_cast<T>(std::sin(angle));
             }
         }
         p.twiddles = tw;

@@ -49,6 +49,16 @@ constexpr Index<W> reversed()
     return x;
 }
 
+// p[0], p[−1], ..., p[−W+1] from the registers at p − W (a) and p (b).
+template <unsigned int W>
+constexpr Index<W> mirroring()
+{
+    Index<W> x{};
+    for (unsigned int i = 0; i < W; ++i)
+        x[i] = W - i;
+    return x;
+}
+
 // The tables are made at compile time and loaded from read-only data.
 template <unsigned int W, unsigned int g, bool upper>
 __m512i alternating()
@@ -61,6 +71,13 @@ template <unsigned int W, unsigned int first>
 __m512i everyOtherLane()
 {
     static constexpr Index<W> x = everyOther<W>(first);
+    return _mm512_loadu_si512(x.data());
+}
+
+template <unsigned int W>
+__m512i mirrorLanes()
+{
+    static constexpr Index<W> x = mirroring<W>();
     return _mm512_loadu_si512(x.data());
 }
 
@@ -138,6 +155,8 @@ struct F16 : Shuffles<F16> {
         b = permute(re, alternating<16, 1, true>(), im);
     }
     [[gnu::always_inline]] static V reverse(V v) { return permute(v, reversedLanes<16>(), v); }
+    // As F8::mirror.
+    [[gnu::always_inline]] static V mirror(T const* p) { return permute(load(p - width), mirrorLanes<16>(), load(p)); }
 
 };
 
@@ -167,6 +186,8 @@ struct D8 : Shuffles<D8> {
         b = permute(re, alternating<8, 1, true>(), im);
     }
     [[gnu::always_inline]] static V reverse(V v) { return permute(v, reversedLanes<8>(), v); }
+    // As F8::mirror.
+    [[gnu::always_inline]] static V mirror(T const* p) { return permute(load(p - width), mirrorLanes<8>(), load(p)); }
 
 };
 

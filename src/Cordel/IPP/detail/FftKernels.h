@@ -25,8 +25,10 @@ struct FftPass {
     unsigned int radix;  // 8, 4, or 2 (only as the whole transform)
     unsigned int stride; // s
     unsigned int groups; // g = n/R
-    // w^kp for k = 1 .. R−1 as 2(R−1) arrays (re, im, re, im, ...) of `count` values each, count
-    // being g when s is at least the register width and N/R otherwise; null for the last pass.
+    // w^kp for k = 1 .. R−1, real and imaginary parts, in the order the pass reads them: `count`
+    // being g when s is at least the register width, 2(R−1) scalars per p (re, im, re, im, ...);
+    // otherwise count = N/R, one value per m, in blocks of 2(R−1) registers per register of m.
+    // Null for the last pass.
     T const* twiddles;
     unsigned int count;
 };
@@ -61,6 +63,43 @@ struct FftPlan {
     T* im[2] = {};
 };
 
+// The radices of the passes: radix 8 as far as the order allows (fewer passes over memory), after
+// the leading radix-4 passes asked for; or radix 4 only. The last pass is the one of 4 or 2 points
+// when there is one.
+struct Radices {
+    unsigned int count = 0;
+    unsigned int radix[FftPlan<float>::maxPasses] = {};
+    constexpr void add(unsigned int r) { radix[count++] = r; }
+};
+
+constexpr Radices radices(unsigned int order, bool eights, unsigned int leadingFours)
+{
+    Radices r;
+    if (order == 1) {
+        r.add(2);
+    } else if (!eights || order < 3) {
+        for (unsigned int o = order; o > 0; o -= o >= 2 ? 2 : 1)
+            r.add(o >= 2 ? 4 : 2);
+    } else {
+        for (; leadingFours > 0 && order >= 5; --leadingFours, order -= 2)
+            r.add(4);
+        if (order == 1) {
+            r.add(2);
+            return r;
+        }
+        if (order == 2) {
+            r.add(4);
+            return r;
+        }
+        unsigned int fours = order % 3 == 2 ? 1 : order % 3 == 1 ? 2 : 0;
+        for (unsigned int e = (order - 2 * fours) / 3; e > 0; --e)
+            r.add(8);
+        for (; fours > 0; --fours)
+            r.add(4);
+    }
+    return r;
+}
+
 template <typename T>
 struct FftKernels {
     unsigned int width; // complex points per register
@@ -68,6 +107,7 @@ struct FftKernels {
                 T scale);
     // Real forward: Z (m points, split, natural order) of the n = 2m samples read as complex
     // pairs, to the packed spectrum of n + 2 values; rotation t_k = e^(-2πik/n) split, k < m.
+    // Z may be read up to a register past its m points (a working buffer has room there).
     void (*untangle)(unsigned int m, T const* zRe, T const* zIm, T const* tRe, T const* tIm, T* out);
     // Real inverse: the packed spectrum to the m complex points whose forward transform, taken
     // with real and imaginary parts exchanged, gives the samples (zRe, zIm are written).

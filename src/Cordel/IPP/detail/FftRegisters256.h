@@ -42,6 +42,13 @@ struct F8 {
     }
 
     [[gnu::always_inline]] static V reverse(V v) { return _mm256_permutevar8x32_ps(v, _mm256_setr_epi32(7, 6, 5, 4, 3, 2, 1, 0)); }
+    // p[0], p[−1], ..., p[−7] from the registers at p − 8 and p: when p is on a register boundary,
+    // loads that a store of the last pass can forward to, where one across two of them would wait.
+    [[gnu::always_inline]] static V mirror(T const* p)
+    {
+        V const a = _mm256_permutevar8x32_ps(load(p - width), _mm256_setr_epi32(0, 7, 6, 5, 4, 3, 2, 1));
+        return _mm256_blend_ps(a, load(p), 1);
+    }
 
     template <unsigned int R, unsigned int s>
     [[gnu::always_inline]] static void transpose(V* v)
@@ -117,6 +124,11 @@ struct D4 {
     }
 
     [[gnu::always_inline]] static V reverse(V v) { return _mm256_permute4x64_pd(v, _MM_SHUFFLE(0, 1, 2, 3)); }
+    // As F8::mirror.
+    [[gnu::always_inline]] static V mirror(T const* p)
+    {
+        return _mm256_blend_pd(_mm256_permute4x64_pd(load(p - width), _MM_SHUFFLE(1, 2, 3, 0)), load(p), 1);
+    }
 
     // Columns of the 4×4 block of rows v[0..3].
     [[gnu::always_inline]] static void transpose4(V* v)

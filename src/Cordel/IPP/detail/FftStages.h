@@ -16,6 +16,7 @@
 
 #include <Cordel/IPP/detail/FftKernels.h>
 
+#include <bit>
 #include <cstddef>
 #include <utility>
 
@@ -159,13 +160,12 @@ template <typename S, unsigned int R, typename Read, typename Write>
     using V = typename S::V;
     std::size_t const part = n / R;
     std::size_t const s = pass.stride;
-    std::size_t const count = pass.count;
     T const* tw = pass.twiddles;
-    for (std::size_t p = 0; p < pass.groups; ++p) {
+    for (std::size_t p = 0; p < pass.groups; ++p, tw += 2 * (R - 1)) {
         V wr[R], wi[R];
         for (unsigned int k = 1; k < R; ++k) {
-            wr[k] = S::set1(tw[(2 * k - 2) * count + p]);
-            wi[k] = S::set1(tw[(2 * k - 1) * count + p]);
+            wr[k] = S::set1(tw[2 * k - 2]);
+            wi[k] = S::set1(tw[2 * k - 1]);
         }
         for (std::size_t j = 0; j < s; j += S::width) {
             std::size_t const m = j + s * p;
@@ -190,13 +190,13 @@ template <typename S, unsigned int R, unsigned int s, typename Read, typename Wr
     using T = typename S::T;
     std::size_t const part = n / R;
     T const* tw = pass.twiddles;
-    for (std::size_t m = 0; m < part; m += S::width) {
+    for (std::size_t m = 0; m < part; m += S::width, tw += 2 * (R - 1) * S::width) {
         Points<S, R> b;
         for (unsigned int k = 0; k < R; ++k)
             read(m + k * part, b.r[k], b.i[k]);
         b.dft();
         for (unsigned int k = 1; k < R; ++k)
-            b.twiddle(k, S::load(tw + (2 * k - 2) * part + m), S::load(tw + (2 * k - 1) * part + m));
+            b.twiddle(k, S::load(tw + (2 * k - 2) * S::width), S::load(tw + (2 * k - 1) * S::width));
         S::template transpose<R, s>(b.r);
         S::template transpose<R, s>(b.i);
         for (unsigned int k = 0; k < R; ++k)
@@ -253,6 +253,114 @@ void pass(Read const read, Write const write, unsigned int n, FftPass<typename S
         passOfRadix<S, 2>(read, write, n, p);
 }
 
+// Transforms of Q registers per part (Q·width points) are done whole in registers: the same passes
+// with the same arithmetic, but each pass hands its registers to the next instead of a store that
+// the next pass's loads would have to wait for, which is most of the time at these sizes.
+template <typename S, unsigned int Q, unsigned int R, unsigned int s, bool last>
+[[gnu::always_inline]] inline void registerPass(typename S::V (&r)[Q], typename S::V (&i)[Q], typename S::T const* tw)
+{
+    using V = typename S::V;
+    constexpr unsigned int W = S::width;
+    constexpr unsigned int per = Q / R > 0 ? Q / R : 1; // registers per part of the pass
+    static_assert(Q * W / R >= W, "a part is at least a register");
+    V yr[Q], yi[Q];
+    _Pragma("GCC unroll 16") for (unsigned int t = 0; t < per; ++t) {
+        Points<S, R> b;
+        _Pragma("GCC unroll 16") for (unsigned int k = 0; k < R; ++k) {
+            b.r[k] = r[t + k * per];
+            b.i[k] = i[t + k * per];
+        }
+        b.dft();
+        if constexpr (last) {
+            _Pragma("GCC unroll 16") for (unsigned int k = 0; k < R; ++k) {
+                yr[t + k * per] = b.r[k];
+                yi[t + k * per] = b.i[k];
+            }
+        } else if constexpr (s >= W) {
+            unsigned int const p = t * W / s, j = t * W % s;
+            _Pragma("GCC unroll 16") for (unsigned int k = 1; k < R; ++k)
+                b.twiddle(k, S::set1(tw[p * 2 * (R - 1) + 2 * k - 2]), S::set1(tw[p * 2 * (R - 1) + 2 * k - 1]));
+            _Pragma("GCC unroll 16") for (unsigned int k = 0; k < R; ++k) {
+                yr[(j + R * s * p + k * s) / W] = b.r[k];
+                yi[(j + R * s * p + k * s) / W] = b.i[k];
+            }
+        } else {
+            typename S::T const* const w = tw + t * 2 * (R - 1) * W;
+            _Pragma("GCC unroll 16") for (unsigned int k = 1; k < R; ++k)
+                b.twiddle(k, S::load(w + (2 * k - 2) * W), S::load(w + (2 * k - 1) * W));
+            S::template transpose<R, s>(b.r);
+            S::template transpose<R, s>(b.i);
+            _Pragma("GCC unroll 16") for (unsigned int k = 0; k < R; ++k) {
+                yr[R * t + k] = b.r[k];
+                yi[R * t + k] = b.i[k];
+            }
+        }
+    }
+    _Pragma("GCC unroll 16") for (unsigned int q = 0; q < Q; ++q) {
+        r[q] = yr[q];
+        i[q] = yi[q];
+    }
+}
+
+template <typename S, unsigned int Q, bool eights>
+struct InRegisters {
+    static constexpr unsigned int order = std::bit_width(Q * S::width) - 1;
+    static constexpr Radices passes = radices(order, eights, 0);
+
+    // Whether the plan's passes are these (the twiddles are laid out for them).
+    static bool fits(FftPlan<typename S::T> const& plan)
+    {
+        if (plan.size != Q * S::width || plan.passCount != passes.count)
+            return false;
+        _Pragma("GCC unroll 16") for (unsigned int k = 0; k < passes.count; ++k)
+            if (plan.passes[k].radix != passes.radix[k])
+                return false;
+        return true;
+    }
+
+    template <unsigned int k = 0, unsigned int stride = 1>
+    [[gnu::always_inline]] static void from(FftPlan<typename S::T> const& plan, typename S::V (&r)[Q], typename S::V (&i)[Q])
+    {
+        if constexpr (k < passes.count) {
+            constexpr unsigned int R = passes.radix[k];
+            registerPass<S, Q, R, stride, k + 1 == passes.count>(r, i, plan.passes[k].twiddles);
+            from<k + 1, stride * R>(plan, r, i);
+        }
+    }
+
+    template <typename Read, typename Write>
+    [[gnu::noinline]] static void run(FftPlan<typename S::T> const& plan, Read const read, Write const write)
+    {
+        typename S::V r[Q], i[Q];
+        _Pragma("GCC unroll 16") for (unsigned int q = 0; q < Q; ++q)
+            read(q * S::width, r[q], i[q]);
+        from(plan, r, i);
+        _Pragma("GCC unroll 16") for (unsigned int q = 0; q < Q; ++q)
+            write(q * S::width, r[q], i[q]);
+    }
+};
+
+// Runs the plan in registers when it is one of those transforms.
+template <typename S, typename Read, typename Write>
+bool runInRegisters(FftPlan<typename S::T> const& plan, Read const read, Write const write)
+{
+    if constexpr (S::width > 1) {
+        if (InRegisters<S, 4, false>::fits(plan)) {
+            InRegisters<S, 4, false>::run(plan, read, write);
+            return true;
+        }
+        if (InRegisters<S, 8, true>::fits(plan)) {
+            InRegisters<S, 8, true>::run(plan, read, write);
+            return true;
+        }
+        if (InRegisters<S, 8, false>::fits(plan)) {
+            InRegisters<S, 8, false>::run(plan, read, write);
+            return true;
+        }
+    }
+    return false;
+}
+
 template <typename S, bool inInterleaved, bool outInterleaved, bool inverse>
 void runWith(FftPlan<typename S::T> const& plan, typename S::T const* inRe, typename S::T const* inIm,
              typename S::T* outRe, typename S::T* outIm, typename S::T scale)
@@ -263,6 +371,8 @@ void runWith(FftPlan<typename S::T> const& plan, typename S::T const* inRe, type
     constexpr Layout out = outInterleaved ? Layout::Interleaved : Layout::Split;
     Reader<S, in, inverse> const first{inRe, inIm};
     Writer<S, out, inverse> const last{outRe, outIm, S::set1(scale)};
+    if (runInRegisters<S>(plan, first, last))
+        return;
     unsigned int const n = plan.size;
     unsigned int const count = plan.passCount;
     for (unsigned int k = 0; k < count; ++k) {
@@ -296,6 +406,17 @@ void run(FftPlan<typename S::T> const& plan, typename S::T const* inRe, typename
     }
 }
 
+// The register of p[0], p[−1], ..., p[−width+1]. p may be one past the end of a working buffer's
+// points (what it reads there is not used): the buffers have room after their points.
+template <typename S>
+[[gnu::always_inline]] inline typename S::V mirrored(typename S::T const* p)
+{
+    if constexpr (requires { S::mirror(p); })
+        return S::mirror(p);
+    else
+        return S::reverse(S::load(p - (S::width - 1)));
+}
+
 // X[k] = E + t_k·O with E = (Z[k] + conj Z[m−k])/2 and O = (Z[k] − conj Z[m−k])/(2i); a register
 // takes k .. k+width−1 and the mirrored m−k .. m−k−width+1 in reverse order.
 template <typename S>
@@ -307,12 +428,15 @@ void untangle(unsigned int m, typename S::T const* zRe, typename S::T const* zIm
     T const z0r = zRe[0], z0i = zIm[0];
     V const half = S::set1(T(0.5));
     std::size_t k = 1;
-    // The last register is moved back to end at m − 1; the points it takes twice come out the same.
-    for (std::size_t next = 1; m > S::width && next < m; next += S::width) {
-        k = next + S::width <= m ? next : m - S::width;
-        std::size_t const mirror = m - k - (S::width - 1);
+    // Whole registers from k = 0 keep the loads and stores on register boundaries; point 0, whose
+    // mirror is the point m that Z lacks, is written again below.
+    bool const whole = S::width > 1 && m % S::width == 0;
+    // Otherwise the last register is moved back to end at m − 1; the points it takes twice come
+    // out the same.
+    for (std::size_t next = whole ? 0 : 1; (whole || m > S::width) && next < m; next += S::width) {
+        k = whole || next + S::width <= m ? next : m - S::width;
         V const zr = S::load(zRe + k), zi = S::load(zIm + k);
-        V const cr = S::reverse(S::load(zRe + mirror)), ci = S::reverse(S::load(zIm + mirror));
+        V const cr = mirrored<S>(zRe + (m - k)), ci = mirrored<S>(zIm + (m - k));
         // With conj Z[m−k] = (cr, −ci).
         V const er = S::mul(S::add(zr, cr), half), ei = S::mul(S::sub(zi, ci), half);
         V const orr = S::mul(S::add(zi, ci), half), oi = S::mul(S::sub(cr, zr), half);
@@ -350,8 +474,10 @@ void tangle(unsigned int m, typename S::T const* in, typename S::T const* tRe, t
     // Bins 0 and m are real by definition: their imaginary parts are not read.
     T const x0 = in[0], xm = in[2 * std::size_t{m}];
     std::size_t k = 1;
-    for (std::size_t next = 1; m > S::width && next < m; next += S::width) {
-        k = next + S::width <= m ? next : m - S::width;
+    // As in untangle: whole registers from k = 0 when they fit (point 0 is written again below).
+    bool const whole = S::width > 1 && m % S::width == 0;
+    for (std::size_t next = whole ? 0 : 1; (whole || m > S::width) && next < m; next += S::width) {
+        k = whole || next + S::width <= m ? next : m - S::width;
         std::size_t const mirror = m - k - (S::width - 1);
         V xr, xi, cr, ci;
         S::deinterleave(S::load(in + 2 * k), S::load(in + 2 * k + S::width), xr, xi);
