@@ -3,8 +3,8 @@
 
 #include <Cordel/Audio/Decode/WAV/Decoder.h>
 #include <Cordel/Audio/Encode/WAV/Encoder.h>
-#include <Cordel/IPP/InstructionSet.h>
 
+#include "InstructionSets.h"
 #include "RiffBuilder.h"
 #include "TempFolder.h"
 
@@ -13,28 +13,12 @@
 using namespace Cordel;
 using namespace CordelTest;
 using Audio::WaveFormat;
-using IPP::InstructionSet;
 
 namespace {
 
-class Wav24Bit : public TempFolder, public ::testing::WithParamInterface<InstructionSet> {
+class Wav24Bit : public OnEveryInstructionSet<TempFolder> {
 protected:
-    void SetUp() override
-    {
-        TempFolder::SetUp();
-        if (!IPP::IsSupported(GetParam()))
-            GTEST_SKIP() << "this processor lacks the instruction set";
-        previous = IPP::ActiveInstructionSet();
-        ASSERT_TRUE(IPP::UseInstructionSet(GetParam()));
-    }
-    void TearDown() override
-    {
-        IPP::UseInstructionSet(previous);
-        TempFolder::TearDown();
-    }
     FilePath path() const { return FilePath(String(PathOf("t.wav").c_str())); }
-
-    InstructionSet previous = InstructionSet::Baseline;
 };
 
 // Request lengths around the vector steps and their margins, so that each request starts at a
@@ -111,14 +95,6 @@ TEST_P(Wav24Bit, ReadsAreExactAtEveryLength)
         ASSERT_EQ(got[i], std::ldexp(float(values[i]), -23)) << "sample " << i << " = " << values[i];
 }
 
-INSTANTIATE_TEST_SUITE_P(EveryInstructionSet, Wav24Bit,
-                         ::testing::Values(InstructionSet::Baseline, InstructionSet::AVX2, InstructionSet::AVX512),
-                         [](auto const& info) {
-                             switch (info.param) {
-                             case InstructionSet::AVX2: return "AVX2";
-                             case InstructionSet::AVX512: return "AVX512";
-                             default: return "Baseline";
-                             }
-                         });
+CORDEL_ON_EVERY_INSTRUCTION_SET(Wav24Bit);
 
 } // namespace

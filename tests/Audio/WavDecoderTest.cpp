@@ -319,32 +319,6 @@ TEST_F(WavDecoder, SpecialFloatValuesReadAsInt16)
     }
 }
 
-TEST_F(WavDecoder, Long24BitReadsAreExact)
-{
-    // Enough samples for the vector loops and their ends, every byte pattern of the sign and the
-    // extremes among them.
-    std::vector<int> values(1001);
-    unsigned int noise = 7;
-    for (std::size_t i = 0; i < values.size(); ++i) {
-        noise = noise * 1664525u + 1013904223u;
-        values[i] = static_cast<int>(noise >> 8) - (1 << 23);
-    }
-    int const extremes[] = {-8388608, 8388607, -1, 0, 1, -8388607, 65535, -65536};
-    for (std::size_t k = 0; k < std::size(extremes); ++k)
-        values[97 * k + 11] = extremes[k];
-    Bytes body;
-    for (int v : values)
-        body.u8(v & 0xFF).u8((v >> 8) & 0xFF).u8((v >> 16) & 0xFF);
-    Decoder& d = open(wav(1, 1, 24, body.data));
-    d.Sync();
-    std::vector<float> f(values.size());
-    unsigned int n;
-    d.ReadFloatInterleaved(unsigned(f.size()), f.data(), n);
-    ASSERT_EQ(n, values.size());
-    for (std::size_t i = 0; i < values.size(); ++i)
-        ASSERT_EQ(f[i], std::ldexp(float(values[i]), -23)) << "sample " << i << " = " << values[i];
-}
-
 TEST_F(WavDecoder, ConvertingReadsAgreeWithRawReadsInAnyOrder)
 {
     // Long enough for several of the pieces in which converting reads take the file. Requests of

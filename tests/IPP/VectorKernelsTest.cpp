@@ -7,6 +7,8 @@
 #include <Cordel/IPP/Interleave.h>
 #include <Cordel/IPP/Statistics.h>
 
+#include "InstructionSets.h"
+
 #include <gtest/gtest.h>
 
 #include <algorithm>
@@ -52,20 +54,10 @@ template <typename T>
     return ::testing::AssertionSuccess();
 }
 
-class VectorKernels : public ::testing::TestWithParam<InstructionSet> {
+class VectorKernels : public CordelTest::OnEveryInstructionSet<> {
 protected:
-    void SetUp() override
-    {
-        if (!IPP::IsSupported(GetParam()))
-            GTEST_SKIP() << "this processor lacks the instruction set";
-        previous = IPP::ActiveInstructionSet();
-        ASSERT_TRUE(IPP::UseInstructionSet(GetParam()));
-    }
-    void TearDown() override { IPP::UseInstructionSet(previous); }
-
     // Lengths around every vector width, and starts that are not aligned.
     static constexpr unsigned int lengths[] = {0, 1, 3, 7, 8, 15, 16, 17, 31, 33, 63, 64, 65, 127, 1000, 4099};
-    InstructionSet previous = InstructionSet::Baseline;
 };
 
 TEST_P(VectorKernels, ArithmeticMatchesTheScalarDefinition)
@@ -282,18 +274,7 @@ TEST_P(VectorKernels, MaxAndMinKeepTheFirstOfTiesAndALeadingNaN)
     }
 }
 
-INSTANTIATE_TEST_SUITE_P(EveryInstructionSet, VectorKernels,
-                         ::testing::Values(InstructionSet::Baseline, InstructionSet::AVX2, InstructionSet::AVX512),
-                         [](auto const& info) {
-                             switch (info.param) {
-                             case InstructionSet::AVX2:
-                                 return "AVX2";
-                             case InstructionSet::AVX512:
-                                 return "AVX512";
-                             default:
-                                 return "Baseline";
-                             }
-                         });
+CORDEL_ON_EVERY_INSTRUCTION_SET(VectorKernels);
 
 TEST(VectorKernels, LoadTimeChoiceIsTheWidestSupported)
 {
