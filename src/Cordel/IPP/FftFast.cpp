@@ -170,7 +170,11 @@ FastFft<T>::FastFft(unsigned int order)
         total += 2 * std::size_t{r.radix[k] - 1} * count;
     }
 
-    twiddles.resize(total);
+    // The first pass again, for paired reads: the same values, each lane's at the point it holds.
+    FftPass<T> const& first = plan.passes[0];
+    bool const paired = kernels->pairedLanes != nullptr && plan.passCount > 1 && first.stride < width;
+    std::size_t const pairedCount = paired ? 2 * std::size_t{first.radix - 1} * first.count : 0;
+    twiddles.resize(total + pairedCount);
     T* tw = twiddles.data();
     for (unsigned int k = 0; k + 1 < plan.passCount; ++k) {
         FftPass<T>& p = plan.passes[k];
@@ -188,6 +192,16 @@ FastFft<T>::FastFft(unsigned int order)
         }
         p.twiddles = tw;
         tw += 2 * std::size_t{p.radix - 1} * p.count;
+    }
+    if (paired) {
+        T* const out = tw;
+        T const* const in = first.twiddles;
+        for (std::size_t j = 0; j < first.count; ++j) {
+            std::size_t const block = j / width * 2 * (first.radix - 1) * width;
+            for (std::size_t e = 0; e < 2 * std::size_t{first.radix - 1}; ++e)
+                out[block + e * width + j % width] = in[block + e * width + kernels->pairedLanes[j % width]];
+        }
+        plan.pairedTwiddles = out;
     }
 
     // Four arrays on cache-line boundaries, a real part and an imaginary part half a page apart.

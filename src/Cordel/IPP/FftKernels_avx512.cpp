@@ -59,11 +59,49 @@ constexpr Index<W> mirroring()
     return x;
 }
 
+// The order in-lane shuffles leave 4-byte lanes in when they split two registers of interleaved
+// pairs into real and imaginary parts: each 128-bit quarter takes two points from the first
+// register, then the same two from the second. Lane l holds point pairedOrder[l].
+template <unsigned int W>
+constexpr std::array<unsigned char, W> pairedOrder()
+{
+    std::array<unsigned char, W> x{};
+    for (unsigned int l = 0; l < W; ++l)
+        x[l] = static_cast<unsigned char>(l % 4 < 2 ? l / 4 * 2 + l % 4 : W / 2 + l / 4 * 2 + l % 4 - 2);
+    return x;
+}
+
+// A permute index for sources in the paired order (`in`), for a result in it (`out`).
+template <unsigned int W>
+constexpr Index<W> paired(Index<W> x, bool in, bool out)
+{
+    constexpr std::array<unsigned char, W> order = pairedOrder<W>();
+    std::array<unsigned int, W> at{}; // the lane holding each point
+    for (unsigned int l = 0; l < W; ++l)
+        at[order[l]] = l;
+    if (in)
+        for (auto& v : x)
+            v = static_cast<unsigned int>(v) < W ? at[v] : W + at[v - W];
+    if (out) {
+        Index<W> const y = x;
+        for (unsigned int l = 0; l < W; ++l)
+            x[l] = y[order[l]];
+    }
+    return x;
+}
+
 // The tables are made at compile time and loaded from read-only data.
 template <unsigned int W, unsigned int g, bool upper>
 __m512i alternating()
 {
     static constexpr Index<W> x = alternate<W>(g, upper);
+    return _mm512_loadu_si512(x.data());
+}
+
+template <unsigned int W, unsigned int g, bool upper, bool in, bool out>
+__m512i alternatingPaired()
+{
+    static constexpr Index<W> x = paired<W>(alternate<W>(g, upper), in, out);
     return _mm512_loadu_si512(x.data());
 }
 
@@ -104,12 +142,34 @@ struct Shuffles {
     }
 
     // log2 R riffles of blocks of s: after them, block j of every register comes before block j + 1
-    // of any, in register order. Blocks of half a register need only the halves paired.
-    template <unsigned int R, unsigned int s, typename V>
+    // of any, in register order. Blocks of half a register need only the halves paired. The first
+    // riffle may read registers in the paired order and the last leave them in it.
+    template <unsigned int R, unsigned int s, bool in = false, bool out = false, typename V>
     [[gnu::always_inline]] static void transpose(V* v)
     {
         constexpr unsigned int W = Self::width;
-        if constexpr (2 * s == W) {
+        if constexpr (in || out) {
+            constexpr bool one = 2 * s == W;
+            __m512i const lo = alternating<W, s, false>(), hi = alternating<W, s, true>();
+            __m512i const firstLo = alternatingPaired<W, s, false, in, one && out>();
+            __m512i const firstHi = alternatingPaired<W, s, true, in, one && out>();
+            if constexpr (one) {
+                V t[R];
+                for (unsigned int j = 0; j < R / 2; ++j) {
+                    t[j] = Self::permute(v[2 * j], firstLo, v[2 * j + 1]);
+                    t[R / 2 + j] = Self::permute(v[2 * j], firstHi, v[2 * j + 1]);
+                }
+                for (unsigned int j = 0; j < R; ++j)
+                    v[j] = t[j];
+            } else {
+                __m512i const lastLo = alternatingPaired<W, s, false, false, out>();
+                __m512i const lastHi = alternatingPaired<W, s, true, false, out>();
+                riffle<R>(v, firstLo, firstHi);
+                if constexpr (R == 8)
+                    riffle<R>(v, lo, hi);
+                riffle<R>(v, lastLo, lastHi);
+            }
+        } else if constexpr (2 * s == W) {
             // (The immediate-operand shuffles would do, but this compiler warns about them.)
             __m512i const lo = alternating<W, s, false>(), hi = alternating<W, s, true>();
             V t[R];
@@ -131,6 +191,7 @@ struct Shuffles {
 
 struct F16 : Shuffles<F16> {
     using V = __m512;
+    static constexpr std::array<unsigned char, 16> pairedLanes = pairedOrder<16>();
     using T = float;
     static constexpr unsigned int width = 16;
     [[gnu::always_inline]] static V load(T const* p) { return _mm512_loadu_ps(p); }
@@ -158,6 +219,74 @@ struct F16 : Shuffles<F16> {
     // As F8::mirror.
     [[gnu::always_inline]] static V mirror(T const* p) { return permute(load(p - width), mirrorLanes<16>(), load(p)); }
 
+    // The unmasked forms of these intrinsics trip this compiler's uninitialised-use warning; a
+    // full mask gives the same instruction.
+    static constexpr __mmask16 all = 0xFFFF;
+    [[gnu::always_inline]] static V unpacklo(V a, V b) { return _mm512_mask_unpacklo_ps(a, all, a, b); }
+    [[gnu::always_inline]] static V unpackhi(V a, V b) { return _mm512_mask_unpackhi_ps(a, all, a, b); }
+
+    // Within 128-bit quarters only, which costs half what a permute across them does; the points
+    // come out in the paired order.
+    [[gnu::always_inline]] static void deinterleavePaired(V a, V b, V& re, V& im)
+    {
+        re = _mm512_mask_shuffle_ps(a, all, a, b, _MM_SHUFFLE(2, 0, 2, 0));
+        im = _mm512_mask_shuffle_ps(a, all, a, b, _MM_SHUFFLE(3, 1, 3, 1));
+    }
+    [[gnu::always_inline]] static void interleavePaired(V re, V im, V& a, V& b)
+    {
+        a = unpacklo(re, im);
+        b = unpackhi(re, im);
+    }
+
+    // Eight registers of one point per lane to two points of eight outputs each: one round of
+    // permutes across the quarters, which also takes the paired order when `in`, then two of
+    // in-lane unpacks, where the riffles would make all three rounds cross the quarters. Lane bits
+    // (0..3), with q the point within the register and k the register: the first round leaves
+    // (q3, q2, k2, q0) with q1 as the register bit; each unpack then takes a k into bit 0 and
+    // bit 0 up to bit 1, the bit 1 it displaces going to the register.
+    template <unsigned int R, unsigned int s, bool in = false, bool out = false>
+    [[gnu::always_inline]] static void transpose(V* v)
+    {
+        if constexpr (R == 8 && s == 1 && !out) {
+            __m512i const x0 = firstRound<0, in>(), x1 = firstRound<1, in>();
+            V u[4][2];
+            for (unsigned int a = 0; a < 4; ++a) {
+                u[a][0] = permute(v[a], x0, v[a + 4]);
+                u[a][1] = permute(v[a], x1, v[a + 4]);
+            }
+            V w[2][2][2];
+            for (unsigned int k0 = 0; k0 < 2; ++k0)
+                for (unsigned int h = 0; h < 2; ++h) {
+                    w[k0][h][0] = unpacklo(u[k0][h], u[k0 + 2][h]);
+                    w[k0][h][1] = unpackhi(u[k0][h], u[k0 + 2][h]);
+                }
+            for (unsigned int h = 0; h < 2; ++h)
+                for (unsigned int g = 0; g < 2; ++g) {
+                    v[h + 2 * g] = unpacklo(w[0][h][g], w[1][h][g]);
+                    v[h + 2 * g + 4] = unpackhi(w[0][h][g], w[1][h][g]);
+                }
+        } else {
+            Shuffles<F16>::transpose<R, s, in, out>(v);
+        }
+    }
+
+private:
+    template <unsigned int h, bool in>
+    static constexpr Index<16> firstRoundIndex()
+    {
+        Index<16> x{};
+        for (unsigned int l = 0; l < 16; ++l) {
+            unsigned int const q3 = l & 1, q2 = l >> 1 & 1, k2 = l >> 2 & 1, q0 = l >> 3 & 1;
+            x[l] = static_cast<int>(16 * k2 + q0 + 2 * h + 4 * q2 + 8 * q3);
+        }
+        return paired<16>(x, in, false);
+    }
+    template <unsigned int h, bool in>
+    [[gnu::always_inline]] static __m512i firstRound()
+    {
+        static constexpr Index<16> x = firstRoundIndex<h, in>();
+        return _mm512_loadu_si512(x.data());
+    }
 };
 
 struct D8 : Shuffles<D8> {

@@ -61,6 +61,9 @@ struct FftPlan {
     // write the one it does not read: they then use them unpadded.
     T* re[2] = {};
     T* im[2] = {};
+    // The first pass's twiddles in the lane order of the kernels' paired reads (see
+    // FftKernels::pairedLanes), when they have one.
+    T const* pairedTwiddles = nullptr;
 };
 
 // The radices of the passes: radix 8 as far as the order allows (fewer passes over memory), after
@@ -112,6 +115,9 @@ struct FftKernels {
     // Real inverse: the packed spectrum to the m complex points whose forward transform, taken
     // with real and imaginary parts exchanged, gives the samples (zRe, zIm are written).
     void (*tangle)(unsigned int m, T const* in, T const* tRe, T const* tIm, T* zRe, T* zIm);
+    // Sets whose interleaved reads and writes keep to in-lane shuffles leave the points of a
+    // register in this order (lane l holds point pairedLanes[l]); null when they do not.
+    unsigned char const* pairedLanes;
 };
 
 enum class FftKernelSet { Portable, AVX2, AVX512 };

@@ -9,6 +9,11 @@
 //   reverse(v)                           lanes in reverse order
 //   transpose<R, s>(v)                   the R·width values of v[0..R−1] taken in blocks of s, block j
 //                                        of each in turn (v0 j, v1 j, ..., v0 j+1, ...), s < width
+// and may provide, for interleaved data moved with in-lane shuffles only:
+//   pairedLanes                          lane l holds point pairedLanes[l] of the register's points
+//   deinterleavePaired, interleavePaired as deinterleave and interleave, in that lane order
+//   transpose<R, s, in, out>(v)          transpose, from registers in that order when `in`, into
+//                                        it when `out`
 // Each kernel translation unit (the portable one too) includes this with register types of its
 // own, so every instantiation has internal linkage and no wide code can serve a baseline caller.
 // The passes are kept out of line: inlined into the drivers, their many reader/writer
@@ -36,15 +41,23 @@ template <typename T>
 // Reads and writes of a pass: the caller's interleaved or split arrays, or a working buffer.
 enum class Layout { Interleaved, Split, Working };
 
-template <typename S, Layout layout, bool swap>
+template <typename S>
+constexpr bool hasPairs = requires { S::pairedLanes; };
+
+// `paired`: registers in the lane order of S::pairedLanes (read and written so by the interleaved
+// layout; for a working buffer, the order a pass leaves them in).
+template <typename S, Layout layout, bool swap, bool paired = false>
 struct Reader {
     using T = typename S::T;
     using V = typename S::V;
+    static constexpr bool inPairs = paired;
     T const* re;
     T const* im;
     [[gnu::always_inline]] void operator()(std::size_t j, V& r, V& i) const
     {
-        if constexpr (layout == Layout::Interleaved) {
+        if constexpr (layout == Layout::Interleaved && paired) {
+            S::deinterleavePaired(S::load(re + 2 * j), S::load(re + 2 * j + S::width), r, i);
+        } else if constexpr (layout == Layout::Interleaved) {
             S::deinterleave(S::load(re + 2 * j), S::load(re + 2 * j + S::width), r, i);
         } else if constexpr (layout == Layout::Working) {
             r = S::load(re + padded<T>(j));
@@ -58,11 +71,12 @@ struct Reader {
     }
 };
 
-template <typename S, Layout layout, bool inverse>
+template <typename S, Layout layout, bool inverse, bool paired = false>
 struct Writer {
     using T = typename S::T;
     using V = typename S::V;
     static constexpr bool working = layout == Layout::Working;
+    static constexpr bool inPairs = paired;
     T* re;
     T* im;
     V scale;
@@ -75,7 +89,10 @@ struct Writer {
         }
         if constexpr (layout == Layout::Interleaved) {
             V a, b;
-            S::interleave(r, i, a, b);
+            if constexpr (paired)
+                S::interleavePaired(r, i, a, b);
+            else
+                S::interleave(r, i, a, b);
             S::store(re + 2 * j, a);
             S::store(re + 2 * j + S::width, b);
         } else if constexpr (layout == Layout::Working) {
@@ -197,8 +214,13 @@ template <typename S, unsigned int R, unsigned int s, typename Read, typename Wr
         b.dft();
         for (unsigned int k = 1; k < R; ++k)
             b.twiddle(k, S::load(tw + (2 * k - 2) * S::width), S::load(tw + (2 * k - 1) * S::width));
-        S::template transpose<R, s>(b.r);
-        S::template transpose<R, s>(b.i);
+        if constexpr (Read::inPairs || Write::inPairs) {
+            S::template transpose<R, s, Read::inPairs, Write::inPairs>(b.r);
+            S::template transpose<R, s, Read::inPairs, Write::inPairs>(b.i);
+        } else {
+            S::template transpose<R, s>(b.r);
+            S::template transpose<R, s>(b.i);
+        }
         for (unsigned int k = 0; k < R; ++k)
             write(R * m + k * S::width, b.r[k], b.i[k]);
     }
@@ -375,6 +397,51 @@ void runWith(FftPlan<typename S::T> const& plan, typename S::T const* inRe, type
         return;
     unsigned int const n = plan.size;
     unsigned int const count = plan.passCount;
+    if constexpr (hasPairs<S> && (inInterleaved || outInterleaved)) {
+        // Interleaved data read and written with in-lane shuffles only, in the paired lane order:
+        // the first pass takes its twiddles in that order and its transposition puts the points
+        // back in place; the last transposing pass leaves them in that order for the last pass,
+        // the ones between being indifferent to it.
+        unsigned int lastNarrow = 0;
+        while (lastNarrow + 1 < count && plan.passes[lastNarrow + 1].stride < S::width)
+            ++lastNarrow;
+        bool const pairedIn = inInterleaved && plan.pairedTwiddles != nullptr;
+        bool const pairedOut = outInterleaved && lastNarrow > 0 && lastNarrow + 1 < count;
+        if (pairedIn || pairedOut) {
+            Reader<S, in, inverse, true> const firstPaired{inRe, inIm};
+            Writer<S, out, inverse, true> const lastPaired{outRe, outIm, S::set1(scale)};
+            for (unsigned int k = 0; k < count; ++k) {
+                FftPass<typename S::T> p = plan.passes[k];
+                Split const from{plan.re[(k + 1) % 2], plan.im[(k + 1) % 2]};
+                Store const to{plan.re[k % 2], plan.im[k % 2], S::set1(1)};
+                Writer<S, Layout::Working, false, true> const toPaired{to.re, to.im, to.scale};
+                if (k == 0) {
+                    if constexpr (inInterleaved) {
+                        if (pairedIn) {
+                            p.twiddles = plan.pairedTwiddles;
+                            pass<S>(firstPaired, to, n, p);
+                            continue;
+                        }
+                    }
+                    pass<S>(first, to, n, p);
+                } else if (k + 1 == count) {
+                    if constexpr (outInterleaved) {
+                        if (pairedOut) {
+                            pass<S>(from, lastPaired, n, p);
+                            continue;
+                        }
+                    }
+                    pass<S>(from, last, n, p);
+                } else if (k == lastNarrow && pairedOut) {
+                    if constexpr (outInterleaved)
+                        pass<S>(from, toPaired, n, p);
+                } else {
+                    pass<S>(from, to, n, p);
+                }
+            }
+            return;
+        }
+    }
     for (unsigned int k = 0; k < count; ++k) {
         FftPass<typename S::T> const& p = plan.passes[k];
         Split const from{plan.re[(k + 1) % 2], plan.im[(k + 1) % 2]};
@@ -511,7 +578,10 @@ void tangle(unsigned int m, typename S::T const* in, typename S::T const* tRe, t
 template <typename S>
 constexpr FftKernels<typename S::T> kernels()
 {
-    return {S::width, run<S>, untangle<S>, tangle<S>};
+    if constexpr (hasPairs<S>)
+        return {S::width, run<S>, untangle<S>, tangle<S>, S::pairedLanes.data()};
+    else
+        return {S::width, run<S>, untangle<S>, tangle<S>, nullptr};
 }
 
 } // namespace Cordel::IPP::detail::stages
