@@ -326,6 +326,64 @@ TEST(FFT, EveryKernelSetMatchesDft)
     detail::setFftKernelLimit(widest);
 }
 
+// Interleaved and split data run the same arithmetic and differ only in how the points are
+// moved between registers, so the two layouts must agree to the bit, signed zeros included.
+template <typename T, typename Interleaved, typename Split, typename C>
+void checkLayoutsAgree(unsigned int order)
+{
+    unsigned int const n = 1u << order;
+    std::mt19937 gen(order);
+    std::uniform_real_distribution<T> d(-1, 1);
+    for (int input = 0; input < 2; ++input) {
+        std::vector<C> x(n), y(n);
+        std::vector<T> re(n), im(n), reOut(n), imOut(n);
+        for (unsigned int j = 0; j < n; ++j) {
+            // Noise, then an impulse among negative zeros.
+            x[j] = input == 0 ? C{d(gen), d(gen)} : C{j == 1 ? T(1) : T(-0.0), T(-0.0)};
+            re[j] = x[j].re;
+            im[j] = x[j].im;
+        }
+        Interleaved* a = nullptr;
+        Split* b = nullptr;
+        FFTInit(&a, order);
+        FFTInit(&b, order);
+        for (bool inverse : {false, true}) {
+            if (inverse) {
+                FFTInv(x.data(), y.data(), a, nullptr);
+                FFTInv(re.data(), im.data(), reOut.data(), imOut.data(), b, nullptr);
+            } else {
+                FFTFwd(x.data(), y.data(), a, nullptr);
+                FFTFwd(re.data(), im.data(), reOut.data(), imOut.data(), b, nullptr);
+            }
+            for (unsigned int j = 0; j < n; ++j) {
+                ASSERT_EQ(0, std::memcmp(&y[j].re, &reOut[j], sizeof(T))) << "order " << order << " point " << j;
+                ASSERT_EQ(0, std::memcmp(&y[j].im, &imOut[j], sizeof(T))) << "order " << order << " point " << j;
+            }
+        }
+        FFTFree(a);
+        FFTFree(b);
+    }
+}
+
+TEST(FFT, InterleavedAndSplitLayoutsAgreeExactly)
+{
+    using detail::FftKernelSet;
+    FftKernelSet const widest = detail::widestFftKernelSet();
+    for (FftKernelSet set : {FftKernelSet::Portable, FftKernelSet::AVX2, FftKernelSet::AVX512}) {
+        if (set > widest)
+            continue;
+        SCOPED_TRACE(testing::Message() << "kernel set " << int(set));
+        detail::setFftKernelLimit(set);
+        for (unsigned int order = 1; order <= 13; ++order) {
+            checkLayoutsAgree<float, FFTState_Complex_Float_Interleaved, FFTState_Complex_Float_Deinterleaved,
+                              Complex_Float>(order);
+            checkLayoutsAgree<double, FFTState_Complex_Double_Interleaved, FFTState_Complex_Double_Deinterleaved,
+                              Complex_Double>(order);
+        }
+    }
+    detail::setFftKernelLimit(widest);
+}
+
 TEST(FFT, OrderZeroLeavesTheStateUntouched)
 {
     auto* sentinel = reinterpret_cast<FFTState_Float*>(0x1234);
