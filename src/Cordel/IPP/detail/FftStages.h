@@ -278,7 +278,7 @@ void pass(Read const read, Write const write, unsigned int n, FftPass<typename S
 // Transforms of Q registers per part (Q·width points) are done whole in registers: the same passes
 // with the same arithmetic, but each pass hands its registers to the next instead of a store that
 // the next pass's loads would have to wait for, which is most of the time at these sizes.
-template <typename S, unsigned int Q, unsigned int R, unsigned int s, bool last>
+template <typename S, unsigned int Q, unsigned int R, unsigned int s, bool last, bool inPairs = false, bool outPairs = false>
 [[gnu::always_inline]] inline void registerPass(typename S::V (&r)[Q], typename S::V (&i)[Q], typename S::T const* tw)
 {
     using V = typename S::V;
@@ -310,8 +310,13 @@ template <typename S, unsigned int Q, unsigned int R, unsigned int s, bool last>
             typename S::T const* const w = tw + t * 2 * (R - 1) * W;
             _Pragma("GCC unroll 16") for (unsigned int k = 1; k < R; ++k)
                 b.twiddle(k, S::load(w + (2 * k - 2) * W), S::load(w + (2 * k - 1) * W));
-            S::template transpose<R, s>(b.r);
-            S::template transpose<R, s>(b.i);
+            if constexpr (inPairs || outPairs) {
+                S::template transpose<R, s, inPairs, outPairs>(b.r);
+                S::template transpose<R, s, inPairs, outPairs>(b.i);
+            } else {
+                S::template transpose<R, s>(b.r);
+                S::template transpose<R, s>(b.i);
+            }
             _Pragma("GCC unroll 16") for (unsigned int k = 0; k < R; ++k) {
                 yr[R * t + k] = b.r[k];
                 yi[R * t + k] = b.i[k];
@@ -340,13 +345,26 @@ struct InRegisters {
         return true;
     }
 
-    template <unsigned int k = 0, unsigned int stride = 1>
+    // The last pass that transposes (none when it is the first).
+    static constexpr unsigned int lastNarrow = [] {
+        unsigned int last = 0;
+        for (unsigned int k = 0, s = 1; k + 1 < passes.count; s *= passes.radix[k], ++k)
+            if (s < S::width)
+                last = k;
+        return last;
+    }();
+
+    // With paired reads, the first pass takes the twiddles in the paired order and its
+    // transposition puts the points in place; with paired writes, the last transposing pass
+    // leaves them in the paired order (as in the passes over memory).
+    template <unsigned int k = 0, unsigned int stride = 1, bool inPairs = false, bool outPairs = false>
     [[gnu::always_inline]] static void from(FftPlan<typename S::T> const& plan, typename S::V (&r)[Q], typename S::V (&i)[Q])
     {
         if constexpr (k < passes.count) {
             constexpr unsigned int R = passes.radix[k];
-            registerPass<S, Q, R, stride, k + 1 == passes.count>(r, i, plan.passes[k].twiddles);
-            from<k + 1, stride * R>(plan, r, i);
+            constexpr bool in = inPairs && k == 0, out = outPairs && k == lastNarrow;
+            registerPass<S, Q, R, stride, k + 1 == passes.count, in, out>(r, i, in ? plan.pairedTwiddles : plan.passes[k].twiddles);
+            from<k + 1, stride * R, inPairs, outPairs>(plan, r, i);
         }
     }
 
@@ -354,9 +372,10 @@ struct InRegisters {
     [[gnu::noinline]] static void run(FftPlan<typename S::T> const& plan, Read const read, Write const write)
     {
         typename S::V r[Q], i[Q];
+        static_assert(!Write::inPairs || lastNarrow > 0, "a transposing pass leaves the paired order");
         _Pragma("GCC unroll 16") for (unsigned int q = 0; q < Q; ++q)
             read(q * S::width, r[q], i[q]);
-        from(plan, r, i);
+        from<0, 1, Read::inPairs, Write::inPairs>(plan, r, i);
         _Pragma("GCC unroll 16") for (unsigned int q = 0; q < Q; ++q)
             write(q * S::width, r[q], i[q]);
     }
@@ -393,8 +412,6 @@ void runWith(FftPlan<typename S::T> const& plan, typename S::T const* inRe, type
     constexpr Layout out = outInterleaved ? Layout::Interleaved : Layout::Split;
     Reader<S, in, inverse> const first{inRe, inIm};
     Writer<S, out, inverse> const last{outRe, outIm, S::set1(scale)};
-    if (runInRegisters<S>(plan, first, last))
-        return;
     unsigned int const n = plan.size;
     unsigned int const count = plan.passCount;
     if constexpr (hasPairs<S> && (inInterleaved || outInterleaved)) {
@@ -410,6 +427,18 @@ void runWith(FftPlan<typename S::T> const& plan, typename S::T const* inRe, type
         if (pairedIn || pairedOut) {
             Reader<S, in, inverse, true> const firstPaired{inRe, inIm};
             Writer<S, out, inverse, true> const lastPaired{outRe, outIm, S::set1(scale)};
+            if constexpr (inInterleaved && outInterleaved) {
+                if (pairedIn && pairedOut && runInRegisters<S>(plan, firstPaired, lastPaired))
+                    return;
+            }
+            if constexpr (inInterleaved) {
+                if (pairedIn && !pairedOut && runInRegisters<S>(plan, firstPaired, last))
+                    return;
+            }
+            if constexpr (outInterleaved) {
+                if (!pairedIn && pairedOut && runInRegisters<S>(plan, first, lastPaired))
+                    return;
+            }
             for (unsigned int k = 0; k < count; ++k) {
                 FftPass<typename S::T> p = plan.passes[k];
                 Split const from{plan.re[(k + 1) % 2], plan.im[(k + 1) % 2]};
@@ -442,6 +471,8 @@ void runWith(FftPlan<typename S::T> const& plan, typename S::T const* inRe, type
             return;
         }
     }
+    if (runInRegisters<S>(plan, first, last))
+        return;
     for (unsigned int k = 0; k < count; ++k) {
         FftPass<typename S::T> const& p = plan.passes[k];
         Split const from{plan.re[(k + 1) % 2], plan.im[(k + 1) % 2]};
