@@ -112,6 +112,9 @@ struct FftKernels {
     // Real inverse: the packed spectrum to the m complex points whose forward transform, taken
     // with real and imaginary parts exchanged, gives the samples (zRe, zIm are written).
     void (*tangle)(unsigned int m, T const* in, T const* tRe, T const* tIm, T* zRe, T* zIm);
+    // Real forward of the 2·plan.size samples at `in` to the packed spectrum at `out`, the last
+    // pass and the untangling in one; null where the set does not have it.
+    void (*forwardReal)(FftPlan<T> const& plan, T const* in, T const* tRe, T const* tIm, T* out);
 };
 
 enum class FftKernelSet { Portable, AVX2, AVX512 };
