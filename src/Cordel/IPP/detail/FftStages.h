@@ -599,7 +599,7 @@ void forwardReal(FftPlan<typename S::T> const& plan, typename S::T const* in, ty
         // Into the buffer the last pass does not read.
         T* const zRe = plan.re[(count + 1) % 2];
         T* const zIm = plan.im[(count + 1) % 2];
-        runWith<S, true, false, false>(plan, in, nullptr, zRe, zIm, T(1));
+        run<S>(plan, in, nullptr, zRe, zIm, fftInInterleaved, T(1));
         untangle<S>(m, zRe, zIm, tRe, tIm, out);
         return;
     }
