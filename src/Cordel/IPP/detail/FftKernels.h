@@ -113,7 +113,7 @@ struct FftKernels {
     // with real and imaginary parts exchanged, gives the samples (zRe, zIm are written).
     void (*tangle)(unsigned int m, T const* in, T const* tRe, T const* tIm, T* zRe, T* zIm);
     // Real forward of the 2·plan.size samples at `in` to the packed spectrum at `out`, the last
-    // pass and the untangling in one; null where the set does not have it.
+    // pass and the untangling in one; null for the sets without it (the float and portable ones).
     void (*forwardReal)(FftPlan<T> const& plan, T const* in, T const* tRe, T const* tIm, T* out);
 };
 
