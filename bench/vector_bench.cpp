@@ -29,6 +29,7 @@ void deinterleave(unsigned int n, float const* src, float* left, float* right);
 void interleave(unsigned int n, short const* left, short const* right, short* dst);
 void deinterleave(unsigned int n, short const* src, short* left, short* right);
 float max(unsigned int n, float const* x);
+void nothing(unsigned int n, short* x, short c, int scaleFactor);
 } // namespace Native
 
 using namespace Cordel;
@@ -108,6 +109,27 @@ VECTOR_CASE(DeinterleaveShort, 8, t, { IPP::Deinterleave(n, d.s.data(), d.t.data
             { Native::deinterleave(n, d.s.data(), d.t.data(), d.t.data() + n); });
 VECTOR_CASE(Max, 4, c, { benchmark::DoNotOptimize(IPP::Max(n, d.a.data())); },
             { benchmark::DoNotOptimize(Native::max(n, d.a.data())); });
+
+// The call alone: a member of the library that returns at once, against an empty function of this
+// program. At n = 64 the loops above take a few nanoseconds, so this difference bounds their ratios.
+void CallCordel(benchmark::State& state)
+{
+    Data d(64);
+    for (auto _ : state) {
+        IPP::MulConstant_InPlace(64, d.s.data(), short(1), 0);
+        benchmark::ClobberMemory();
+    }
+}
+void CallNative(benchmark::State& state)
+{
+    Data d(64);
+    for (auto _ : state) {
+        Native::nothing(64, d.s.data(), short(1), 0);
+        benchmark::ClobberMemory();
+    }
+}
+BENCHMARK(CallCordel)->Name("Call/Cordel")->Arg(64);
+BENCHMARK(CallNative)->Name("Call/native")->Arg(64);
 
 } // namespace
 

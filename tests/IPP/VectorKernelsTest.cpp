@@ -145,6 +145,52 @@ TEST_P(VectorKernels, LongRunsCoverEveryElementAtEveryDestinationOffset)
     }
 }
 
+// Long runs pick their direction from where dst lies against its sources modulo a 4096-byte page,
+// and align the first source: each placement must still write every element once and nothing
+// around it, including two sources that want different directions.
+TEST_P(VectorKernels, LongRunsCoverEveryElementWhereverTheSourcesLie)
+{
+    unsigned int const n = 4099;
+    // Element positions from a page boundary: before and after dst's within the page, by a few
+    // bytes and by nearly half a page, and not a multiple of the vector.
+    unsigned int const dstAt = 512 + 3;
+    unsigned int const sourceAt[] = {dstAt, dstAt - 1, dstAt - 16, dstAt - 500, dstAt + 1, dstAt + 16, dstAt + 500, 7};
+    auto const page = [](auto& v, unsigned int at) {
+        auto* p = v.data();
+        while (reinterpret_cast<std::uintptr_t>(p) % 4096 != 0)
+            ++p;
+        return p + at;
+    };
+    std::vector<float> sourceA(n + 2048), sourceB(n + 2048), f(n + 2048);
+    std::vector<int> i32(n + 2048);
+    for (unsigned int a : sourceAt) {
+        for (unsigned int b : {dstAt - 16, dstAt + 16}) {
+            std::vector<float> const x = testFloats(n, a), y = testFloats(n, b);
+            std::copy(x.begin(), x.end(), page(sourceA, a));
+            std::copy(y.begin(), y.end(), page(sourceB, b));
+            auto const run = [&] {
+                std::fill(f.begin(), f.end(), -7.0f);
+                std::fill(i32.begin(), i32.end(), -7);
+                float const* const pa = page(sourceA, a);
+                IPP::Convert(n, pa, page(i32, dstAt), -31, true);
+                std::vector<float> scaled(f.size()), sum;
+                IPP::MulConstant(n, pa, page(f, dstAt), 0.25f);
+                scaled = f;
+                std::fill(f.begin(), f.end(), -7.0f);
+                IPP::Add(n, pa, page(sourceB, b), page(f, dstAt));
+                return std::tuple(i32, scaled, f);
+            };
+            ASSERT_TRUE(IPP::UseInstructionSet(InstructionSet::Baseline));
+            auto const [expectI, expectScaled, expectSum] = run();
+            ASSERT_TRUE(IPP::UseInstructionSet(GetParam()));
+            auto const [actualI, actualScaled, actualSum] = run();
+            EXPECT_TRUE(sameBits(expectI, actualI)) << a << " " << b;
+            EXPECT_TRUE(sameBits(expectScaled, actualScaled)) << a << " " << b;
+            EXPECT_TRUE(sameBits(expectSum, actualSum)) << a << " " << b;
+        }
+    }
+}
+
 TEST_P(VectorKernels, ConversionsMatchTheScalarDefinition)
 {
     for (unsigned int n : lengths) {

@@ -266,6 +266,10 @@ template <typename T>
 void FastRealFft<T>::Forward(T const* in, T* out) const
 {
     unsigned int const m = length / 2;
+    if (auto const fused = half.Kernels().forwardReal) {
+        fused(half.Plan(), in, rotation.data(), rotation.data() + m, out);
+        return;
+    }
     T* zRe = half.ResultRe();
     T* zIm = half.ResultIm();
     half.Run(in, nullptr, zRe, zIm, fftInInterleaved, T(1));

@@ -316,7 +316,9 @@ struct D8 : Shuffles<D8> {
     }
     [[gnu::always_inline]] static V reverse(V v) { return permute(v, reversedLanes<8>(), v); }
     // As F8::mirror.
-    [[gnu::always_inline]] static V mirror(T const* p) { return permute(load(p - width), mirrorLanes<8>(), load(p)); }
+    [[gnu::always_inline]] static V mirror(T const* p) { return mirror(p - width, p); }
+    // With the register of the points before p at q.
+    [[gnu::always_inline]] static V mirror(T const* q, T const* p) { return permute(load(q), mirrorLanes<8>(), load(p)); }
 
 };
 

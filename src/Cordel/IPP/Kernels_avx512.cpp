@@ -7,6 +7,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <initializer_list>
 
 // The AVX-512 intrinsics start some results from a deliberately undefined register, which GCC 12
 // then reports as possibly uninitialised.
@@ -18,13 +19,15 @@ namespace Cordel::IPP::detail {
 
 namespace {
 
-// The clamps take the bound as first operand: min(bound, v) keeps a NaN v, as the scalar test does;
-// the ordered mask then turns it into 0.
+// Truncated to 32 bits, for the saturating narrowing to 16 that follows: only the top needs a
+// clamp, since anything below -32768 truncates to a value at or below it (or to 0x80000000 beyond
+// the 32-bit range), which the narrowing takes to -32768. min(bound, v) keeps a NaN v, as the scalar
+// test does, and the ordered mask turns it into 0. (The full clamp and a separate zeroing cost a
+// third of the speed of a long conversion.)
 __m512i clampTruncate(__m512 v)
 {
-    v = _mm512_max_ps(_mm512_set1_ps(-32768.0f), _mm512_min_ps(_mm512_set1_ps(32767.0f), v));
-    v = _mm512_maskz_mov_ps(_mm512_cmp_ps_mask(v, v, _CMP_ORD_Q), v);
-    return _mm512_cvttps_epi32(v);
+    v = _mm512_min_ps(_mm512_set1_ps(32767.0f), v);
+    return _mm512_maskz_cvttps_epi32(_mm512_cmp_ps_mask(v, v, _CMP_ORD_Q), v);
 }
 
 // x·m at float width, which gives the double definition's result for the multipliers the caller
@@ -52,21 +55,50 @@ __m512i scaleToInt(__m512 x, __m512 m)
     return _mm512_mask_xor_epi32(i, above, i, _mm512_set1_epi32(-1));
 }
 
-// Runs at least this long first store a partial block, so that the rest of the stores fill whole
-// cache lines: once the data no longer fits the caches, split stores cost about a fifth of the time.
+// Runs at least this long are arranged for memory rather than for the first few elements: they go
+// in the direction that keeps loads clear of pending stores and start with the partial vector that
+// brings one stream to a cache-line boundary.
 constexpr unsigned int alignFrom = 4096;
 
-// Elements (of the given size) to handle before dst reaches a cache-line boundary; 0 when dst
-// cannot reach one in whole elements.
+// Elements (of the given size) to handle before p reaches a cache-line boundary; 0 when p cannot
+// reach one in whole elements.
 template <std::size_t ElementBytes>
-unsigned int toCacheLine(void const* dst)
+unsigned int toCacheLine(void const* p)
 {
-    auto const address = reinterpret_cast<std::uintptr_t>(dst);
+    auto const address = reinterpret_cast<std::uintptr_t>(p);
     return address % ElementBytes == 0 ? static_cast<unsigned int>((0 - address) % 64 / ElementBytes) : 0;
 }
 
+// Elements (of the given size) between the last cache-line boundary and p; 0 when p is not on a
+// whole element.
+template <std::size_t ElementBytes>
+unsigned int pastCacheLine(void const* p)
+{
+    auto const address = reinterpret_cast<std::uintptr_t>(p);
+    return address % ElementBytes == 0 ? static_cast<unsigned int>(address % 64 / ElementBytes) : 0;
+}
+
+// The processor checks a load against the pending stores by the low twelve bits of the address
+// first: a load that matches an earlier store a little behind it in the same page position waits
+// for that store, though the two never overlap. Going forward, that is the case for every load when
+// dst is up to a few hundred bytes past a source modulo 4096 (a long conversion then ran at half the
+// speed of memcpy); going backward, when dst is as far before a source. So a run goes backward when
+// every source that is not at dst's page position lies in the half page before it.
+template <typename Src>
+bool backwardKeepsLoadsClear(void const* dst, std::initializer_list<Src const*> sources)
+{
+    bool backward = false;
+    for (Src const* source : sources) {
+        auto const distance = (reinterpret_cast<std::uintptr_t>(dst) - reinterpret_cast<std::uintptr_t>(source)) % 4096;
+        if (distance >= 2048)
+            return false;
+        backward = backward || distance != 0;
+    }
+    return backward;
+}
+
 // Loads and stores of 16 elements, all of them or the first few under a mask. Masked loads never
-// fault on the lanes they leave out, so the last partial vector reads nothing beyond the buffer.
+// fault on the lanes they leave out, so a partial vector reads nothing beyond the buffer.
 struct Whole {
     static __m512 load(float const* p) { return _mm512_loadu_ps(p); }
     static __m512i load(int const* p) { return _mm512_loadu_si512(p); }
@@ -88,21 +120,54 @@ struct Partial {
     __mmask16 mask;
 };
 
+// A long run from its end down: the partial vector that brings `aligned` back to a cache-line
+// boundary, whole vectors four to a turn and then one, and the first few elements last.
+template <typename Aligned, typename Step>
+[[gnu::noinline]] void backward16(unsigned int n, Aligned const* aligned, Step step)
+{
+    std::size_t end = n;
+    if (unsigned int const tail = pastCacheLine<sizeof(Aligned)>(aligned + n) % 16) {
+        end -= tail;
+        step(end, Partial(tail));
+    }
+    while (end >= 64) {
+        end -= 64;
+        step(end + 48, Whole());
+        step(end + 32, Whole());
+        step(end + 16, Whole());
+        step(end, Whole());
+    }
+    while (end >= 16) {
+        end -= 16;
+        step(end, Whole());
+    }
+    if (end != 0)
+        step(std::size_t(0), Partial(static_cast<unsigned int>(end)));
+}
+
 // Calls step(i, io) over n elements 16 at a time: whole vectors four to a turn while they last,
 // then one to a turn, then the rest under a mask. A short run thus costs what the plain loop costs,
-// with no alignment peeling and no scalar remainder; a long one first stores the partial vector
-// that brings dst to a cache-line boundary.
-template <typename Dst, typename Step>
-[[gnu::always_inline]] inline void forEach16(unsigned int n, Dst const* dst, Step step)
+// with no alignment peeling and no scalar remainder. A long one (see alignFrom) first stores the
+// partial vector that brings a stream to a cache-line boundary: the first source when it has dst's
+// element size (split loads cost more than split stores once the data comes from beyond L2),
+// otherwise dst; and it runs backward where that keeps loads clear of pending stores.
+template <typename Dst, typename Src, typename Step>
+[[gnu::always_inline]] inline void forEach16(unsigned int n, Dst const* dst, std::initializer_list<Src const*> sources, Step step)
 {
     // The loops are written rotated, each entered only when it runs at least once: the compiler's
     // own rotation jumps to the condition first, a taken branch that a short run notices.
     std::size_t i = 0;
     if (n >= 64) {
         if (n >= alignFrom) [[unlikely]] {
-            // One step stores 16 elements: 64 bytes, or 32 for 16-bit ones, which need only
-            // reach a 32-byte boundary to keep every store within a line.
-            i = toCacheLine<sizeof(Dst)>(dst) % 16;
+            if constexpr (sizeof(Src) == sizeof(Dst)) {
+                if (backwardKeepsLoadsClear(dst, sources))
+                    return backward16(n, *sources.begin(), step);
+                i = toCacheLine<sizeof(Src)>(*sources.begin()) % 16;
+            } else {
+                // One step stores 16 elements: 64 bytes, or 32 for 16-bit ones, which need only
+                // reach a 32-byte boundary to keep every store within a line.
+                i = toCacheLine<sizeof(Dst)>(dst) % 16;
+            }
             step(std::size_t(0), Partial(static_cast<unsigned int>(i)));
         }
         do {
@@ -125,19 +190,19 @@ template <typename Dst, typename Step>
 
 void addAvx512(unsigned int n, float const* a, float const* b, float* dst)
 {
-    forEach16(n, dst, [=](std::size_t i, auto io) { io.store(dst + i, _mm512_add_ps(io.load(a + i), io.load(b + i))); });
+    forEach16(n, dst, {a, b}, [=](std::size_t i, auto io) { io.store(dst + i, _mm512_add_ps(io.load(a + i), io.load(b + i))); });
 }
 
 void mulConstantAvx512(unsigned int n, float const* src, float* dst, float c)
 {
     __m512 const m = _mm512_set1_ps(c);
-    forEach16(n, dst, [=](std::size_t i, auto io) { io.store(dst + i, _mm512_mul_ps(io.load(src + i), m)); });
+    forEach16(n, dst, {src}, [=](std::size_t i, auto io) { io.store(dst + i, _mm512_mul_ps(io.load(src + i), m)); });
 }
 
 // The product is rounded before the sum, as in the definition: never one fused step.
 void addProductAvx512(unsigned int n, float const* a, float const* b, float* srcDst)
 {
-    forEach16(n, srcDst, [=](std::size_t i, auto io) {
+    forEach16(n, srcDst, {a, b}, [=](std::size_t i, auto io) {
         io.store(srcDst + i, _mm512_add_ps(io.load(srcDst + i), _mm512_mul_ps(io.load(a + i), io.load(b + i))));
     });
 }
@@ -145,21 +210,21 @@ void addProductAvx512(unsigned int n, float const* a, float const* b, float* src
 void shortToFloatAvx512(unsigned int n, short const* src, float* dst, float factor)
 {
     __m512 const f = _mm512_set1_ps(factor);
-    forEach16(n, dst, [=](std::size_t i, auto io) {
+    forEach16(n, dst, {src}, [=](std::size_t i, auto io) {
         io.store(dst + i, _mm512_mul_ps(_mm512_cvtepi32_ps(_mm512_cvtepi16_epi32(io.load(src + i))), f));
     });
 }
 
 void intToFloatAvx512(unsigned int n, int const* src, float* dst)
 {
-    forEach16(n, dst, [=](std::size_t i, auto io) { io.store(dst + i, _mm512_cvtepi32_ps(io.load(src + i))); });
+    forEach16(n, dst, {src}, [=](std::size_t i, auto io) { io.store(dst + i, _mm512_cvtepi32_ps(io.load(src + i))); });
 }
 
 void floatToShortAvx512(unsigned int n, float const* src, short* dst, float multiplier, float bias)
 {
     __m512 const m = _mm512_set1_ps(multiplier);
     __m512 const b = _mm512_set1_ps(bias);
-    forEach16(n, dst, [=](std::size_t i, auto io) {
+    forEach16(n, dst, {src}, [=](std::size_t i, auto io) {
         __m512 const x = _mm512_add_ps(_mm512_mul_ps(io.load(src + i), m), b);
         io.store(dst + i, _mm512_cvtsepi32_epi16(clampTruncate(x)));
     });
@@ -169,7 +234,7 @@ template <bool Round>
 void floatToIntAvx512(unsigned int n, float const* src, int* dst, float multiplier)
 {
     __m512 const m = _mm512_set1_ps(multiplier);
-    forEach16(n, dst, [=](std::size_t i, auto io) { io.store(dst + i, scaleToInt<Round>(io.load(src + i), m)); });
+    forEach16(n, dst, {src}, [=](std::size_t i, auto io) { io.store(dst + i, scaleToInt<Round>(io.load(src + i), m)); });
 }
 
 // Index vectors for the two-source permutes: element k of the first operand is index k, of the

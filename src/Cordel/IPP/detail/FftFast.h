@@ -26,6 +26,7 @@ public:
     // The plan's own run (see FftKernels.h for the flags).
     void Run(T const* inRe, T const* inIm, T* outRe, T* outIm, unsigned int flags, T scale) const;
     FftKernels<T> const& Kernels() const { return *kernels; }
+    FftPlan<T> const& Plan() const { return plan; }
     // The buffer the last pass may write when the output stays inside (the other one being its input),
     // and the one the first pass may read when the input comes from inside.
     T* ResultRe() const { return plan.re[(plan.passCount + 1) % 2]; }

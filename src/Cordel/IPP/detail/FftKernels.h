@@ -115,6 +115,9 @@ struct FftKernels {
     // Real inverse: the packed spectrum to the m complex points whose forward transform, taken
     // with real and imaginary parts exchanged, gives the samples (zRe, zIm are written).
     void (*tangle)(unsigned int m, T const* in, T const* tRe, T const* tIm, T* zRe, T* zIm);
+    // Real forward of the 2·plan.size samples at `in` to the packed spectrum at `out`, the last
+    // pass and the untangling in one; null for the sets without it (the float and portable ones).
+    void (*forwardReal)(FftPlan<T> const& plan, T const* in, T const* tRe, T const* tIm, T* out);
     // Sets whose interleaved reads and writes keep to in-lane shuffles leave the points of a
     // register in this order (lane l holds point pairedLanes[l]); null when they do not.
     unsigned char const* pairedLanes;

@@ -125,9 +125,11 @@ struct D4 {
 
     [[gnu::always_inline]] static V reverse(V v) { return _mm256_permute4x64_pd(v, _MM_SHUFFLE(0, 1, 2, 3)); }
     // As F8::mirror.
-    [[gnu::always_inline]] static V mirror(T const* p)
+    [[gnu::always_inline]] static V mirror(T const* p) { return mirror(p - width, p); }
+    // With the register of the points before p at q.
+    [[gnu::always_inline]] static V mirror(T const* q, T const* p)
     {
-        return _mm256_blend_pd(_mm256_permute4x64_pd(load(p - width), _MM_SHUFFLE(1, 2, 3, 0)), load(p), 1);
+        return _mm256_blend_pd(_mm256_permute4x64_pd(load(q), _MM_SHUFFLE(1, 2, 3, 0)), load(p), 1);
     }
 
     // Columns of the 4×4 block of rows v[0..3].

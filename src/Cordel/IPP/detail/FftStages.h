@@ -515,6 +515,25 @@ template <typename S>
         return S::reverse(S::load(p - (S::width - 1)));
 }
 
+// The register of X[k .. k+width−1] from Z[k ..] = (zr, zi) and Z[m−k], Z[m−k−1], ... = (cr, ci),
+// written interleaved at `out`. With conj Z[m−k] = (cr, −ci).
+template <typename S>
+[[gnu::always_inline]] inline void untangled(typename S::V zr, typename S::V zi, typename S::V cr, typename S::V ci,
+                                             typename S::V half, typename S::T const* tRe, typename S::T const* tIm,
+                                             typename S::T* out)
+{
+    using V = typename S::V;
+    V const er = S::mul(S::add(zr, cr), half), ei = S::mul(S::sub(zi, ci), half);
+    V const orr = S::mul(S::add(zi, ci), half), oi = S::mul(S::sub(cr, zr), half);
+    V const tr = S::load(tRe), ti = S::load(tIm);
+    V const xr = S::fmadd(tr, orr, S::fnmadd(ti, oi, er));
+    V const xi = S::fmadd(tr, oi, S::fmadd(ti, orr, ei));
+    V a, b;
+    S::interleave(xr, xi, a, b);
+    S::store(out, a);
+    S::store(out + S::width, b);
+}
+
 // X[k] = E + t_k·O with E = (Z[k] + conj Z[m−k])/2 and O = (Z[k] − conj Z[m−k])/(2i); a register
 // takes k .. k+width−1 and the mirrored m−k .. m−k−width+1 in reverse order.
 template <typename S>
@@ -535,16 +554,7 @@ void untangle(unsigned int m, typename S::T const* zRe, typename S::T const* zIm
         k = whole || next + S::width <= m ? next : m - S::width;
         V const zr = S::load(zRe + k), zi = S::load(zIm + k);
         V const cr = mirrored<S>(zRe + (m - k)), ci = mirrored<S>(zIm + (m - k));
-        // With conj Z[m−k] = (cr, −ci).
-        V const er = S::mul(S::add(zr, cr), half), ei = S::mul(S::sub(zi, ci), half);
-        V const orr = S::mul(S::add(zi, ci), half), oi = S::mul(S::sub(cr, zr), half);
-        V const tr = S::load(tRe + k), ti = S::load(tIm + k);
-        V const xr = S::fmadd(tr, orr, S::fnmadd(ti, oi, er));
-        V const xi = S::fmadd(tr, oi, S::fmadd(ti, orr, ei));
-        V a, b;
-        S::interleave(xr, xi, a, b);
-        S::store(out + 2 * k, a);
-        S::store(out + 2 * k + S::width, b);
+        untangled<S>(zr, zi, cr, ci, half, tRe + k, tIm + k, out + 2 * k);
         k = m;
     }
     for (; k < m; ++k) {
@@ -606,13 +616,121 @@ void tangle(unsigned int m, typename S::T const* in, typename S::T const* tRe, t
     zIm[0] = x0 - xm;
 }
 
+// The last pass of a real forward's half transform, with the untangling done on its registers
+// instead of on what it would store. A step takes the columns j .. j+width−1 of the pass and the
+// mirrored columns part−j, part−j−1, ...: X at j + k·part needs Z at m − j − k·part, which is the
+// mirrored register of part R−1−k. The mirrored DFT is the same lane-wise arithmetic on other
+// lanes, so every value comes out as the separate pass and untangling make it. S::mirror(q, p)
+// is the register p[0], q[width−1], ..., q[1]: the mirrored one ending at p, with the register of
+// the points before p at q (the padding may lie between them).
+template <typename S, unsigned int R>
+[[gnu::noinline]] void lastPassUntangled(typename S::T const* zRe, typename S::T const* zIm, unsigned int m,
+                                         typename S::T const* tRe, typename S::T const* tIm, typename S::T* out)
+{
+    using T = typename S::T;
+    using V = typename S::V;
+    constexpr unsigned int W = S::width;
+    std::size_t const part = m / R;
+    V const half = S::set1(T(0.5));
+    T z0r = 0, z0i = 0;
+    for (std::size_t j = 0; j < part; j += W) {
+        Points<S, R> a, b;
+        for (unsigned int k = 0; k < R; ++k) {
+            std::size_t const at = (k + 1) * part - j;
+            a.r[k] = S::load(zRe + padded<T>(j + k * part));
+            a.i[k] = S::load(zIm + padded<T>(j + k * part));
+            b.r[k] = S::mirror(zRe + padded<T>(at - W), zRe + padded<T>(at));
+            b.i[k] = S::mirror(zIm + padded<T>(at - W), zIm + padded<T>(at));
+        }
+        a.dft();
+        b.dft();
+        if (j == 0) {
+            // The first mirrored lane is column `part`, one past the pass's columns: the point it
+            // stands for, Z[(q+1)·part], is the first lane of the next part. Z[m] (of the last
+            // part) does not exist; it only reaches X[0], which is written again below.
+            alignas(64) T lane[2][W];
+            for (unsigned int q = 0; q + 1 < R; ++q) {
+                S::store(lane[0], a.r[q + 1]);
+                S::store(lane[1], b.r[q]);
+                lane[1][0] = lane[0][0];
+                b.r[q] = S::load(lane[1]);
+                S::store(lane[0], a.i[q + 1]);
+                S::store(lane[1], b.i[q]);
+                lane[1][0] = lane[0][0];
+                b.i[q] = S::load(lane[1]);
+            }
+            S::store(lane[0], a.r[0]);
+            S::store(lane[1], a.i[0]);
+            z0r = lane[0][0];
+            z0i = lane[1][0];
+        }
+        for (unsigned int k = 0; k < R; ++k) {
+            std::size_t const x = j + k * part;
+            untangled<S>(a.r[k], a.i[k], b.r[R - 1 - k], b.i[R - 1 - k], half, tRe + x, tIm + x, out + 2 * x);
+        }
+    }
+    out[0] = z0r + z0i;
+    out[1] = 0;
+    out[2 * std::size_t{m}] = z0r - z0i;
+    out[2 * std::size_t{m} + 1] = 0;
+}
+
+// The whole real forward: the half transform's passes but the last, then the last with the
+// untangling. Transforms in registers, of one pass, of parts narrower than a register, or ending
+// in a radix-8 pass keep the separate untangling.
+template <typename S>
+void forwardReal(FftPlan<typename S::T> const& plan, typename S::T const* in, typename S::T const* tRe,
+                 typename S::T const* tIm, typename S::T* out)
+{
+    using T = typename S::T;
+    unsigned int const m = plan.size;
+    unsigned int const count = plan.passCount;
+    unsigned int const radix = plan.passes[count - 1].radix;
+    Reader<S, Layout::Interleaved, false> const first{in, nullptr};
+    Writer<S, Layout::Split, false> const last{plan.re[0], plan.im[0], S::set1(T(1))};
+    if (runInRegisters<S>(plan, first, last)) {
+        untangle<S>(m, plan.re[0], plan.im[0], tRe, tIm, out);
+        return;
+    }
+    // Two radix-8 transforms at once would not fit the registers.
+    if (count < 2 || m / radix < S::width || radix == 8) {
+        // Into the buffer the last pass does not read.
+        T* const zRe = plan.re[(count + 1) % 2];
+        T* const zIm = plan.im[(count + 1) % 2];
+        run<S>(plan, in, nullptr, zRe, zIm, fftInInterleaved, T(1));
+        untangle<S>(m, zRe, zIm, tRe, tIm, out);
+        return;
+    }
+    using Split = Reader<S, Layout::Working, false>;
+    using Store = Writer<S, Layout::Working, false>;
+    for (unsigned int k = 0; k + 1 < count; ++k) {
+        Split const from{plan.re[(k + 1) % 2], plan.im[(k + 1) % 2]};
+        Store const to{plan.re[k % 2], plan.im[k % 2], S::set1(T(1))};
+        if (k == 0)
+            pass<S>(first, to, m, plan.passes[k]);
+        else
+            pass<S>(from, to, m, plan.passes[k]);
+    }
+    T const* const zRe = plan.re[count % 2];
+    T const* const zIm = plan.im[count % 2];
+    if (radix == 4)
+        lastPassUntangled<S, 4>(zRe, zIm, m, tRe, tIm, out);
+    else
+        lastPassUntangled<S, 2>(zRe, zIm, m, tRe, tIm, out);
+}
+
 template <typename S>
 constexpr FftKernels<typename S::T> kernels()
 {
+    constexpr bool fused = requires(typename S::T const* p) { S::mirror(p, p); };
+    using T = typename S::T;
+    void (*real)(FftPlan<T> const&, T const*, T const*, T const*, T*) = nullptr;
+    if constexpr (fused)
+        real = forwardReal<S>;
+    unsigned char const* lanes = nullptr;
     if constexpr (hasPairs<S>)
-        return {S::width, run<S>, untangle<S>, tangle<S>, S::pairedLanes.data()};
-    else
-        return {S::width, run<S>, untangle<S>, tangle<S>, nullptr};
+        lanes = S::pairedLanes.data();
+    return {S::width, run<S>, untangle<S>, tangle<S>, real, lanes};
 }
 
 } // namespace Cordel::IPP::detail::stages
