@@ -141,6 +141,20 @@ struct Shuffles {
             v[j] = t[j];
     }
 
+    // The halves of registers 2j and 2j + 1 paired: the lo selections to the first R/2 registers,
+    // the hi ones to the last.
+    template <unsigned int R, typename V>
+    [[gnu::always_inline]] static void pairHalves(V* v, __m512i lo, __m512i hi)
+    {
+        V t[R];
+        for (unsigned int j = 0; j < R / 2; ++j) {
+            t[j] = Self::permute(v[2 * j], lo, v[2 * j + 1]);
+            t[R / 2 + j] = Self::permute(v[2 * j], hi, v[2 * j + 1]);
+        }
+        for (unsigned int j = 0; j < R; ++j)
+            v[j] = t[j];
+    }
+
     // log2 R riffles of blocks of s: after them, block j of every register comes before block j + 1
     // of any, in register order. Blocks of half a register need only the halves paired. The first
     // riffle may read registers in the paired order and the last leave them in it.
@@ -154,13 +168,7 @@ struct Shuffles {
             __m512i const firstLo = alternatingPaired<W, s, false, in, one && out>();
             __m512i const firstHi = alternatingPaired<W, s, true, in, one && out>();
             if constexpr (one) {
-                V t[R];
-                for (unsigned int j = 0; j < R / 2; ++j) {
-                    t[j] = Self::permute(v[2 * j], firstLo, v[2 * j + 1]);
-                    t[R / 2 + j] = Self::permute(v[2 * j], firstHi, v[2 * j + 1]);
-                }
-                for (unsigned int j = 0; j < R; ++j)
-                    v[j] = t[j];
+                pairHalves<R>(v, firstLo, firstHi);
             } else {
                 __m512i const lastLo = alternatingPaired<W, s, false, false, out>();
                 __m512i const lastHi = alternatingPaired<W, s, true, false, out>();
@@ -171,14 +179,7 @@ struct Shuffles {
             }
         } else if constexpr (2 * s == W) {
             // (The immediate-operand shuffles would do, but this compiler warns about them.)
-            __m512i const lo = alternating<W, s, false>(), hi = alternating<W, s, true>();
-            V t[R];
-            for (unsigned int j = 0; j < R / 2; ++j) {
-                t[j] = Self::permute(v[2 * j], lo, v[2 * j + 1]);
-                t[R / 2 + j] = Self::permute(v[2 * j], hi, v[2 * j + 1]);
-            }
-            for (unsigned int j = 0; j < R; ++j)
-                v[j] = t[j];
+            pairHalves<R>(v, alternating<W, s, false>(), alternating<W, s, true>());
         } else {
             __m512i const lo = alternating<W, s, false>(), hi = alternating<W, s, true>();
             riffle<R>(v, lo, hi);
