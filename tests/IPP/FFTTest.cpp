@@ -190,6 +190,23 @@ struct PortableFlavour {
     }
 };
 
+// Runs body once on each of the fast engine's kernel sets this processor can run, then restores the
+// widest.
+template <typename Body>
+void forEachKernelSet(Body body)
+{
+    using detail::FftKernelSet;
+    FftKernelSet const widest = detail::widestFftKernelSet();
+    for (FftKernelSet set : {FftKernelSet::Portable, FftKernelSet::AVX2, FftKernelSet::AVX512}) {
+        if (set > widest)
+            continue;
+        SCOPED_TRACE(testing::Message() << "kernel set " << int(set));
+        detail::setFftKernelLimit(set);
+        body();
+    }
+    detail::setFftKernelLimit(widest);
+}
+
 template <typename F, typename T>
 void checkAgainstOracle(unsigned int order, bool portable)
 {
@@ -280,13 +297,7 @@ TEST(FFT, PortableEngineMatchesDftAtEveryOrder)
 // processor can run is held to the oracle, and in-place calls agree with out-of-place ones.
 TEST(FFT, EveryKernelSetMatchesDft)
 {
-    using detail::FftKernelSet;
-    FftKernelSet const widest = detail::widestFftKernelSet();
-    for (FftKernelSet set : {FftKernelSet::Portable, FftKernelSet::AVX2, FftKernelSet::AVX512}) {
-        if (set > widest)
-            continue;
-        SCOPED_TRACE(testing::Message() << "kernel set " << int(set));
-        detail::setFftKernelLimit(set);
+    forEachKernelSet([] {
         for (unsigned int order = 2; order <= 13; ++order) {
             checkAgainstOracle<RealFlavour<float>, float>(order, false);
             checkAgainstOracle<RealFlavour<double>, double>(order, false);
@@ -322,8 +333,7 @@ TEST(FFT, EveryKernelSetMatchesDft)
             ASSERT_EQ(im, imOut) << "order " << order;
             FFTFree(d);
         }
-    }
-    detail::setFftKernelLimit(widest);
+    });
 }
 
 // Interleaved and split data run the same arithmetic and differ only in how the points are
@@ -367,21 +377,14 @@ void checkLayoutsAgree(unsigned int order)
 
 TEST(FFT, InterleavedAndSplitLayoutsAgreeExactly)
 {
-    using detail::FftKernelSet;
-    FftKernelSet const widest = detail::widestFftKernelSet();
-    for (FftKernelSet set : {FftKernelSet::Portable, FftKernelSet::AVX2, FftKernelSet::AVX512}) {
-        if (set > widest)
-            continue;
-        SCOPED_TRACE(testing::Message() << "kernel set " << int(set));
-        detail::setFftKernelLimit(set);
+    forEachKernelSet([] {
         for (unsigned int order = 1; order <= 13; ++order) {
             checkLayoutsAgree<float, FFTState_Complex_Float_Interleaved, FFTState_Complex_Float_Deinterleaved,
                               Complex_Float>(order);
             checkLayoutsAgree<double, FFTState_Complex_Double_Interleaved, FFTState_Complex_Double_Deinterleaved,
                               Complex_Double>(order);
         }
-    }
-    detail::setFftKernelLimit(widest);
+    });
 }
 
 TEST(FFT, OrderZeroLeavesTheStateUntouched)
