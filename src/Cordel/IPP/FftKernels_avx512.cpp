@@ -71,11 +71,11 @@ constexpr std::array<unsigned char, W> pairedOrder()
     return x;
 }
 
-// A permute index for sources in the paired order (`in`), for a result in it (`out`).
+// A permute index for sources in a paired order (`in`), for a result in it (`out`); lane l of the
+// order holds point order[l].
 template <unsigned int W>
-constexpr Index<W> paired(Index<W> x, bool in, bool out)
+constexpr Index<W> paired(Index<W> x, bool in, bool out, std::array<unsigned char, W> const& order)
 {
-    constexpr std::array<unsigned char, W> order = pairedOrder<W>();
     std::array<unsigned int, W> at{}; // the lane holding each point
     for (unsigned int l = 0; l < W; ++l)
         at[order[l]] = l;
@@ -98,10 +98,11 @@ __m512i alternating()
     return _mm512_loadu_si512(x.data());
 }
 
-template <unsigned int W, unsigned int g, bool upper, bool in, bool out>
+template <typename Self, unsigned int g, bool upper, bool in, bool out>
 __m512i alternatingPaired()
 {
-    static constexpr Index<W> x = paired<W>(alternate<W>(g, upper), in, out);
+    constexpr unsigned int W = Self::width;
+    static constexpr Index<W> x = paired<W>(alternate<W>(g, upper), in, out, Self::pairedLanes);
     return _mm512_loadu_si512(x.data());
 }
 
@@ -165,13 +166,13 @@ struct Shuffles {
         if constexpr (in || out) {
             constexpr bool one = 2 * s == W;
             __m512i const lo = alternating<W, s, false>(), hi = alternating<W, s, true>();
-            __m512i const firstLo = alternatingPaired<W, s, false, in, one && out>();
-            __m512i const firstHi = alternatingPaired<W, s, true, in, one && out>();
+            __m512i const firstLo = alternatingPaired<Self, s, false, in, one && out>();
+            __m512i const firstHi = alternatingPaired<Self, s, true, in, one && out>();
             if constexpr (one) {
                 pairHalves<R>(v, firstLo, firstHi);
             } else {
-                __m512i const lastLo = alternatingPaired<W, s, false, false, out>();
-                __m512i const lastHi = alternatingPaired<W, s, true, false, out>();
+                __m512i const lastLo = alternatingPaired<Self, s, false, false, out>();
+                __m512i const lastHi = alternatingPaired<Self, s, true, false, out>();
                 riffle<R>(v, firstLo, firstHi);
                 if constexpr (R == 8)
                     riffle<R>(v, lo, hi);
@@ -280,7 +281,7 @@ private:
             unsigned int const q3 = l & 1, q2 = l >> 1 & 1, k2 = l >> 2 & 1, q0 = l >> 3 & 1;
             x[l] = static_cast<int>(16 * k2 + q0 + 2 * h + 4 * q2 + 8 * q3);
         }
-        return paired<16>(x, in, false);
+        return paired<16>(x, in, false, pairedLanes);
     }
     template <unsigned int h, bool in>
     [[gnu::always_inline]] static __m512i firstRound()
@@ -321,6 +322,78 @@ struct D8 : Shuffles<D8> {
     // With the register of the points before p at q.
     [[gnu::always_inline]] static V mirror(T const* q, T const* p) { return permute(load(q), mirrorLanes<8>(), load(p)); }
 
+    // The unmasked forms of these intrinsics trip this compiler's uninitialised-use warning (as
+    // in F16); a full mask gives the same instruction.
+    static constexpr __mmask8 all = 0xFF;
+    [[gnu::always_inline]] static V unpacklo(V a, V b) { return _mm512_mask_unpacklo_pd(a, all, a, b); }
+    [[gnu::always_inline]] static V unpackhi(V a, V b) { return _mm512_mask_unpackhi_pd(a, all, a, b); }
+    // 128-bit quarters 0 and 2 (`odd` false) or 1 and 3 of a, then the same of b.
+    template <bool odd>
+    [[gnu::always_inline]] static V quarters(V a, V b)
+    {
+        return _mm512_mask_shuffle_f64x2(a, all, a, b, odd ? _MM_SHUFFLE(3, 1, 3, 1) : _MM_SHUFFLE(2, 0, 2, 0));
+    }
+
+    // Unpacking two registers of interleaved pairs takes one point of each per 128-bit quarter:
+    // lane l holds point pairedLanes[l] of the eight.
+    static constexpr std::array<unsigned char, 8> pairedLanes = {0, 4, 1, 5, 2, 6, 3, 7};
+    [[gnu::always_inline]] static void deinterleavePaired(V a, V b, V& re, V& im)
+    {
+        re = unpacklo(a, b);
+        im = unpackhi(a, b);
+    }
+    [[gnu::always_inline]] static void interleavePaired(V re, V im, V& a, V& b)
+    {
+        a = unpacklo(re, im);
+        b = unpackhi(re, im);
+    }
+
+    // Register k's lane for point q to register q's lane for point k (the first pass's
+    // transposition, the only one the plans of this width have), from and into the paired order
+    // when asked. Each round
+    // exchanges one bit of the register number with one of the lane number: an in-lane unpack
+    // for lane bit 0, then two rounds of quarter shuffles for bits 1 and 2 (each shuffle also
+    // moves lane bit 2 down to bit 1). Which register bit goes to which lane bit sets the
+    // order the points come out in, and which lane bit of the source held which point bit sets
+    // the order they go in.
+    template <unsigned int R, unsigned int s, bool in = false, bool out = false>
+    [[gnu::always_inline]] static void transpose(V* v)
+    {
+        if constexpr (R == 8 && s == 1)
+            transpose8<in, out>(v);
+        else
+            Shuffles<D8>::transpose<R, s, in, out>(v);
+    }
+
+private:
+    template <bool in, bool out>
+    [[gnu::always_inline]] static void transpose8(V* v)
+    {
+        // The register bits taken into lane bits 0, 1 and 2: paired, lane (l2 l1 l0) holds point
+        // (l0 l2 l1) in binary.
+        constexpr unsigned int kA = out ? 4 : 1, kB = out ? 1 : 2, kC = out ? 2 : 4;
+        // The point bits the rounds leave in the registers: lane bit 0, then 1, then 2 of the
+        // source, as the shuffles moved them.
+        constexpr unsigned int qA = in ? 4 : 1, qB = in ? 1 : 2, qC = in ? 2 : 4;
+        V a[2][2][2], b[2][2][2];
+        for (unsigned int xb = 0; xb < 2; ++xb)
+            for (unsigned int xc = 0; xc < 2; ++xc) {
+                unsigned int const k = xb * kB + xc * kC;
+                a[xb][xc][0] = unpacklo(v[k], v[k + kA]);
+                a[xb][xc][1] = unpackhi(v[k], v[k + kA]);
+            }
+        for (unsigned int xc = 0; xc < 2; ++xc)
+            for (unsigned int ya = 0; ya < 2; ++ya) {
+                b[xc][ya][0] = quarters<false>(a[0][xc][ya], a[1][xc][ya]);
+                b[xc][ya][1] = quarters<true>(a[0][xc][ya], a[1][xc][ya]);
+            }
+        for (unsigned int ya = 0; ya < 2; ++ya)
+            for (unsigned int yb = 0; yb < 2; ++yb) {
+                unsigned int const q = ya * qA + yb * qB;
+                v[q] = quarters<false>(b[0][ya][yb], b[1][ya][yb]);
+                v[q + qC] = quarters<true>(b[0][ya][yb], b[1][ya][yb]);
+            }
+    }
 };
 
 } // namespace

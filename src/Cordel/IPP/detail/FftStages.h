@@ -372,7 +372,7 @@ struct InRegisters {
     [[gnu::noinline]] static void run(FftPlan<typename S::T> const& plan, Read const read, Write const write)
     {
         typename S::V r[Q], i[Q];
-        static_assert(!Write::inPairs || lastNarrow > 0, "a transposing pass leaves the paired order");
+        static_assert(!Write::inPairs || lastNarrow + 1 < passes.count, "a transposing pass leaves the paired order");
         _Pragma("GCC unroll 16") for (unsigned int q = 0; q < Q; ++q)
             read(q * S::width, r[q], i[q]);
         from<0, 1, Read::inPairs, Write::inPairs>(plan, r, i);
@@ -423,7 +423,7 @@ void runWith(FftPlan<typename S::T> const& plan, typename S::T const* inRe, type
         while (lastNarrow + 1 < count && plan.passes[lastNarrow + 1].stride < S::width)
             ++lastNarrow;
         bool const pairedIn = inInterleaved && plan.pairedTwiddles != nullptr;
-        bool const pairedOut = outInterleaved && lastNarrow > 0 && lastNarrow + 1 < count;
+        bool const pairedOut = outInterleaved && lastNarrow + 1 < count;
         if (pairedIn || pairedOut) {
             Reader<S, in, inverse, true> const firstPaired{inRe, inIm};
             Writer<S, out, inverse, true> const lastPaired{outRe, outIm, S::set1(scale)};
@@ -445,14 +445,22 @@ void runWith(FftPlan<typename S::T> const& plan, typename S::T const* inRe, type
                 Store const to{plan.re[k % 2], plan.im[k % 2], S::set1(1)};
                 Writer<S, Layout::Working, false, true> const toPaired{to.re, to.im, to.scale};
                 if (k == 0) {
+                    // The first pass may also be the last that transposes.
+                    bool const outPaired = pairedOut && lastNarrow == 0;
                     if constexpr (inInterleaved) {
                         if (pairedIn) {
                             p.twiddles = plan.pairedTwiddles;
-                            pass<S>(firstPaired, to, n, p);
+                            if (outPaired)
+                                pass<S>(firstPaired, toPaired, n, p);
+                            else
+                                pass<S>(firstPaired, to, n, p);
                             continue;
                         }
                     }
-                    pass<S>(first, to, n, p);
+                    if (outPaired)
+                        pass<S>(first, toPaired, n, p);
+                    else
+                        pass<S>(first, to, n, p);
                 } else if (k + 1 == count) {
                     if constexpr (outInterleaved) {
                         if (pairedOut) {
