@@ -686,15 +686,14 @@ template <typename S, unsigned int R>
 // The whole real forward: the half transform's passes but the last, then the last with the
 // untangling. Transforms in registers, of one pass, of parts narrower than a register, or ending
 // in a radix-8 pass keep the separate untangling.
-template <typename S>
-void forwardReal(FftPlan<typename S::T> const& plan, typename S::T const* in, typename S::T const* tRe,
-                 typename S::T const* tIm, typename S::T* out)
+template <typename S, typename Read>
+void forwardRealFrom(FftPlan<typename S::T> const& plan, Read const first, typename S::T const* in,
+                     typename S::T const* tRe, typename S::T const* tIm, typename S::T* out)
 {
     using T = typename S::T;
     unsigned int const m = plan.size;
     unsigned int const count = plan.passCount;
     unsigned int const radix = plan.passes[count - 1].radix;
-    Reader<S, Layout::Interleaved, false> const first{in, nullptr};
     Writer<S, Layout::Split, false> const last{plan.re[0], plan.im[0], S::set1(T(1))};
     if (runInRegisters<S>(plan, first, last)) {
         untangle<S>(m, plan.re[0], plan.im[0], tRe, tIm, out);
@@ -714,10 +713,14 @@ void forwardReal(FftPlan<typename S::T> const& plan, typename S::T const* in, ty
     for (unsigned int k = 0; k + 1 < count; ++k) {
         Split const from{plan.re[(k + 1) % 2], plan.im[(k + 1) % 2]};
         Store const to{plan.re[k % 2], plan.im[k % 2], S::set1(T(1))};
-        if (k == 0)
-            pass<S>(first, to, m, plan.passes[k]);
-        else
+        if (k == 0) {
+            FftPass<T> p = plan.passes[0];
+            if constexpr (Read::inPairs)
+                p.twiddles = plan.pairedTwiddles;
+            pass<S>(first, to, m, p);
+        } else {
             pass<S>(from, to, m, plan.passes[k]);
+        }
     }
     T const* const zRe = plan.re[count % 2];
     T const* const zIm = plan.im[count % 2];
@@ -725,6 +728,18 @@ void forwardReal(FftPlan<typename S::T> const& plan, typename S::T const* in, ty
         lastPassUntangled<S, 4>(zRe, zIm, m, tRe, tIm, out);
     else
         lastPassUntangled<S, 2>(zRe, zIm, m, tRe, tIm, out);
+}
+
+// The samples are read as pairs in the paired lane order when the set has one (as run does).
+template <typename S>
+void forwardReal(FftPlan<typename S::T> const& plan, typename S::T const* in, typename S::T const* tRe,
+                 typename S::T const* tIm, typename S::T* out)
+{
+    if constexpr (hasPairs<S>) {
+        if (plan.pairedTwiddles != nullptr)
+            return forwardRealFrom<S>(plan, Reader<S, Layout::Interleaved, false, true>{in, nullptr}, in, tRe, tIm, out);
+    }
+    forwardRealFrom<S>(plan, Reader<S, Layout::Interleaved, false>{in, nullptr}, in, tRe, tIm, out);
 }
 
 template <typename S>
