@@ -295,6 +295,9 @@ struct D8 : Shuffles<D8> {
     using V = __m512d;
     using T = double;
     static constexpr unsigned int width = 8;
+    // 128 points take all 32 registers and spill a few values, which still costs less than the
+    // two trips through the working buffers that the passes would make.
+    static constexpr bool sixteenInRegisters = true;
     [[gnu::always_inline]] static V load(T const* p) { return _mm512_loadu_pd(p); }
     [[gnu::always_inline]] static void store(T* p, V v) { _mm512_storeu_pd(p, v); }
     [[gnu::always_inline]] static V set1(T x) { return _mm512_set1_pd(x); }

@@ -14,6 +14,7 @@
 //   deinterleavePaired, interleavePaired as deinterleave and interleave, in that lane order
 //   transpose<R, s, in, out>(v)          transpose, from registers in that order when `in`, into
 //                                        it when `out`
+// and may ask, with sixteenInRegisters, for transforms of 16 registers to be done in registers too.
 // Each kernel translation unit (the portable one too) includes this with register types of its
 // own, so every instantiation has internal linkage and no wide code can serve a baseline caller.
 // The passes are kept out of line: inlined into the drivers, their many reader/writer
@@ -397,6 +398,12 @@ bool runInRegisters(FftPlan<typename S::T> const& plan, Read const read, Write c
         if (InRegisters<S, 8, false>::fits(plan)) {
             InRegisters<S, 8, false>::run(plan, read, write);
             return true;
+        }
+        if constexpr (requires { S::sixteenInRegisters; }) {
+            if (InRegisters<S, 16, true>::fits(plan)) {
+                InRegisters<S, 16, true>::run(plan, read, write);
+                return true;
+            }
         }
     }
     return false;
