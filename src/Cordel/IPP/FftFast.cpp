@@ -149,7 +149,7 @@ FftKernels<double> const& fftKernels(FftKernelSet set, double*)
 
 // The twiddles are computed in double for both precisions: the tables are small and made once.
 template <typename T>
-FastFft<T>::FastFft(unsigned int order)
+FastFft<T>::FastFft(unsigned int order, FastFft const* sharing)
 {
     unsigned int const size = 1u << order;
     bool eights = false;
@@ -157,7 +157,11 @@ FastFft<T>::FastFft(unsigned int order)
     // On 16-lane registers, from 4096 points up, two radix-4 passes before the radix-8 ones: they
     // do the narrow strides with fewer shuffles, and the larger sizes gain from it.
     unsigned int const leadingFours = kernels->width == 16 && order >= 12 ? 2 : 0;
-    Radices const r = radices(order, eights, leadingFours);
+    Radices r = radices(order, eights, leadingFours);
+    if (sharing != nullptr && r.radix[r.count - 1] == 8) {
+        r.radix[r.count - 1] = 4;
+        r.add(2);
+    }
     unsigned int const width = kernels->width;
     plan.size = size;
     plan.passCount = r.count;
@@ -204,6 +208,13 @@ FastFft<T>::FastFft(unsigned int order)
         plan.pairedTwiddles = out;
     }
 
+    if (sharing != nullptr) {
+        for (unsigned int b = 0; b < 2; ++b) {
+            plan.re[b] = sharing->plan.re[b];
+            plan.im[b] = sharing->plan.im[b];
+        }
+        return;
+    }
     // Four arrays on cache-line boundaries, a real part and an imaginary part half a page apart.
     std::size_t const line = 64 / sizeof(T);
     std::size_t const page = 4096 / sizeof(T);
@@ -252,6 +263,10 @@ template <typename T>
 FastRealFft<T>::FastRealFft(unsigned int order) : length(1u << order), half(order - 1)
 {
     unsigned int const m = length / 2;
+    FftPlan<T> const& plan = half.Plan();
+    // Plans of two passes run in registers, where the untangling is never a pass of its own.
+    if (half.Kernels().forwardReal != nullptr && plan.passCount > 2 && plan.passes[plan.passCount - 1].radix == 8)
+        fusedHalf = std::make_unique<FastFft<T> const>(order - 1, half);
     rotation.resize(2 * std::size_t{m});
     for (unsigned int k = 0; k < m; ++k) {
         double const angle = -2.0 * std::numbers::pi * k / length;
@@ -267,7 +282,7 @@ void FastRealFft<T>::Forward(T const* in, T* out) const
 {
     unsigned int const m = length / 2;
     if (auto const fused = half.Kernels().forwardReal) {
-        fused(half.Plan(), in, rotation.data(), rotation.data() + m, out);
+        fused((fusedHalf ? *fusedHalf : half).Plan(), in, rotation.data(), rotation.data() + m, out);
         return;
     }
     T* zRe = half.ResultRe();

@@ -6,13 +6,19 @@
 #include <Cordel/IPP/Memory.h>
 #include <Cordel/IPP/detail/FftKernels.h>
 
+#include <memory>
+
 namespace Cordel::IPP::detail {
 
 // Complex transform of 2^order points. Transforms write the engine's buffers: one at a time.
 template <typename T>
 class FastFft {
 public:
-    explicit FastFft(unsigned int order);
+    explicit FastFft(unsigned int order) : FastFft(order, nullptr) {}
+    // The same transform with a last pass of at most four points (a last radix-8 pass becomes
+    // radix 4 then 2), on the working buffers of `sharing`, a plan of the same order that outlives
+    // it and is not run at the same time.
+    FastFft(unsigned int order, FastFft const& sharing) : FastFft(order, &sharing) {}
     FastFft(FastFft const&) = delete;
     FastFft& operator=(FastFft const&) = delete;
 
@@ -35,6 +41,8 @@ public:
     T* SourceIm() const { return plan.im[1]; }
 
 private:
+    FastFft(unsigned int order, FastFft const* sharing);
+
     FftKernels<T> const* kernels;
     FftPlan<T> plan;
     aligned_vector<T> twiddles;
@@ -53,6 +61,10 @@ public:
 private:
     unsigned int length;
     FastFft<T> half;
+    // For the forward transform, when the kernels fuse a short last pass with the untangling and
+    // the half transform would end in radix 8 over memory: the split pass saves the untangling's
+    // own pass over the data (the inverse keeps the shorter plan).
+    std::unique_ptr<FastFft<T> const> fusedHalf;
     aligned_vector<T> rotation; // e^(-2πik/n), k < n/2: n/2 real parts, then n/2 imaginary parts
 };
 

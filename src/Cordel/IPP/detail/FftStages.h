@@ -208,6 +208,10 @@ template <typename S, unsigned int R, unsigned int s, typename Read, typename Wr
     using T = typename S::T;
     std::size_t const part = n / R;
     T const* tw = pass.twiddles;
+    // Two steps per turn: with both in view the scheduler overlaps one step's transposition and
+    // stores with the next one's loads and arithmetic, which measured 4-13 % faster on 256 to 2048
+    // points (four steps gained nothing more).
+    _Pragma("GCC unroll 2")
     for (std::size_t m = 0; m < part; m += S::width, tw += 2 * (R - 1) * S::width) {
         Points<S, R> b;
         for (unsigned int k = 0; k < R; ++k)
