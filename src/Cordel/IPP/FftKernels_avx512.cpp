@@ -353,12 +353,11 @@ struct D8 : Shuffles<D8> {
 
     // Register k's lane for point q to register q's lane for point k (the first pass's
     // transposition, the only one the plans of this width have), from and into the paired order
-    // when asked. Each round
-    // exchanges one bit of the register number with one of the lane number: an in-lane unpack
-    // for lane bit 0, then two rounds of quarter shuffles for bits 1 and 2 (each shuffle also
-    // moves lane bit 2 down to bit 1). Which register bit goes to which lane bit sets the
-    // order the points come out in, and which lane bit of the source held which point bit sets
-    // the order they go in.
+    // when asked. Each round exchanges one bit of the register number with one of the lane
+    // number: an in-lane unpack for lane bit 0, then two rounds of quarter shuffles (which need
+    // no index register) for bits 1 and 2, each shuffle also moving lane bit 2 down to bit 1.
+    // Which register bit goes to which lane bit sets the order the points come out in, and which
+    // lane bit of the source held which point bit the order they go in.
     template <unsigned int R, unsigned int s, bool in = false, bool out = false>
     [[gnu::always_inline]] static void transpose(V* v)
     {

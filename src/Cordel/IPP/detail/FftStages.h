@@ -350,7 +350,7 @@ struct InRegisters {
         return true;
     }
 
-    // The last pass that transposes (none when it is the first).
+    // The last pass that transposes (0: the first, which always does).
     static constexpr unsigned int lastNarrow = [] {
         unsigned int last = 0;
         for (unsigned int k = 0, s = 1; k + 1 < passes.count; s *= passes.radix[k], ++k)
