@@ -1,6 +1,11 @@
 // pkg: fftw3 fftw3f kissfft-float
+// repetitions: interleaved
 // FFT: Cordel against FFTW (plans made with FFTW_ESTIMATE and FFTW_MEASURE) and KissFFT, complex
 // and real, float and double, on the same data in one process.
+// A transform's speed here depends on where its arrays land, beyond their offsets within a page:
+// some placements run 10-20 % slower for as long as they live, for every library alike (likely
+// the first-level cache, which picks a line's way by a hash of its virtual address). Repetitions
+// in random order allocate anew at other addresses, so each median spans several placements.
 
 #include <Cordel/IPP/FFT.h>
 #include <Cordel/IPP/Memory.h>

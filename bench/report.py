@@ -28,9 +28,23 @@ def machine():
     return f"{model}, {os.cpu_count()} cores, {platform.system()} {platform.release()}"
 
 
+def interleaved(name):
+    """Whether the benchmark's source asks for its repetitions in random order with the other
+    rows' ("// repetitions: interleaved"): each repetition then allocates at other addresses, so
+    that the median spans several memory placements instead of repeating one."""
+    source = os.path.join(os.path.dirname(os.path.abspath(__file__)), f"{name}_bench.cpp")
+    try:
+        with open(source) as f:
+            return any(line.strip() == "// repetitions: interleaved" for line in f)
+    except OSError:
+        return False
+
+
 def run(name, program):
-    out = subprocess.run([program, "--benchmark_repetitions=5", "--benchmark_report_aggregates_only=true",
-                          "--benchmark_format=json"], check=True, capture_output=True, text=True).stdout
+    args = [program, "--benchmark_repetitions=5", "--benchmark_report_aggregates_only=true", "--benchmark_format=json"]
+    if interleaved(name):
+        args.append("--benchmark_enable_random_interleaving=true")
+    out = subprocess.run(args, check=True, capture_output=True, text=True).stdout
     rows = [b for b in json.loads(out)["benchmarks"] if b.get("aggregate_name") == "median"]
     for b in rows:
         b["time"] = b["real_time"] if b["run_name"].endswith("/real_time") else b["cpu_time"]
@@ -41,7 +55,8 @@ def run(name, program):
         key = (parts[0], "/".join(parts[2:]))
         groups.setdefault(key, []).append((who, b))
     print(f"## {name}\n")
-    print(f"{machine()}; {datetime.date.today()}; medians of 5 repetitions.\n")
+    order = ", run in random order with the other rows" if interleaved(name) else ""
+    print(f"{machine()}; {datetime.date.today()}; medians of 5 repetitions{order}.\n")
     print("| case | args | who | time | throughput | Cordel speed vs this |")
     print("|---|---|---|---|---|---|")
     for (case, args), members in groups.items():
