@@ -59,7 +59,15 @@ def run(name, program):
     print(f"{machine()}; {datetime.date.today()}; medians of 5 repetitions{order}.\n")
     print("| case | args | who | time | throughput | Cordel speed vs this |")
     print("|---|---|---|---|---|---|")
-    for (case, args), members in groups.items():
+    order = list(groups.items())
+    if interleaved(name):
+        # The rows come in the order they ran: sort them back into cases, Cordel first.
+        def size(args):
+            return [int(a) if a.isdigit() else 0 for a in args.split("/")]
+        order.sort(key=lambda g: (size(g[0][1]), g[0][0]))
+        for _, members in order:
+            members.sort(key=lambda m: (not m[0].startswith("Cordel"), m[0]))
+    for (case, args), members in order:
         ours = [b for who, b in members if who.startswith("Cordel")]
         for who, b in members:
             t = f'{b["time"]:.4g} {b["time_unit"]}'
