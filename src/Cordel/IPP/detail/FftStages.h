@@ -170,6 +170,20 @@ struct Points {
     }
 };
 
+// The transposition of a narrow pass on both parts of its points, from and into the paired order
+// as asked (only the sets with that order take the flags).
+template <typename S, unsigned int R, unsigned int s, bool in, bool out>
+[[gnu::always_inline]] inline void transposeParts(Points<S, R>& b)
+{
+    if constexpr (in || out) {
+        S::template transpose<R, s, in, out>(b.r);
+        S::template transpose<R, s, in, out>(b.i);
+    } else {
+        S::template transpose<R, s>(b.r);
+        S::template transpose<R, s>(b.i);
+    }
+}
+
 // A twiddled radix-R pass whose stride is at least the register width.
 template <typename S, unsigned int R, typename Read, typename Write>
 [[gnu::noinline]] void passWide(Read const read, Write const write, unsigned int n, FftPass<typename S::T> const& pass)
@@ -219,13 +233,7 @@ template <typename S, unsigned int R, unsigned int s, typename Read, typename Wr
         b.dft();
         for (unsigned int k = 1; k < R; ++k)
             b.twiddle(k, S::load(tw + (2 * k - 2) * S::width), S::load(tw + (2 * k - 1) * S::width));
-        if constexpr (Read::inPairs || Write::inPairs) {
-            S::template transpose<R, s, Read::inPairs, Write::inPairs>(b.r);
-            S::template transpose<R, s, Read::inPairs, Write::inPairs>(b.i);
-        } else {
-            S::template transpose<R, s>(b.r);
-            S::template transpose<R, s>(b.i);
-        }
+        transposeParts<S, R, s, Read::inPairs, Write::inPairs>(b);
         for (unsigned int k = 0; k < R; ++k)
             write(R * m + k * S::width, b.r[k], b.i[k]);
     }
@@ -315,13 +323,7 @@ template <typename S, unsigned int Q, unsigned int R, unsigned int s, bool last,
             typename S::T const* const w = tw + t * 2 * (R - 1) * W;
             _Pragma("GCC unroll 16") for (unsigned int k = 1; k < R; ++k)
                 b.twiddle(k, S::load(w + (2 * k - 2) * W), S::load(w + (2 * k - 1) * W));
-            if constexpr (inPairs || outPairs) {
-                S::template transpose<R, s, inPairs, outPairs>(b.r);
-                S::template transpose<R, s, inPairs, outPairs>(b.i);
-            } else {
-                S::template transpose<R, s>(b.r);
-                S::template transpose<R, s>(b.i);
-            }
+            transposeParts<S, R, s, inPairs, outPairs>(b);
             _Pragma("GCC unroll 16") for (unsigned int k = 0; k < R; ++k) {
                 yr[R * t + k] = b.r[k];
                 yi[R * t + k] = b.i[k];
@@ -457,21 +459,20 @@ void runWith(FftPlan<typename S::T> const& plan, typename S::T const* inRe, type
                 Writer<S, Layout::Working, false, true> const toPaired{to.re, to.im, to.scale};
                 if (k == 0) {
                     // The first pass may also be the last that transposes.
-                    bool const outPaired = pairedOut && lastNarrow == 0;
+                    auto const firstPass = [&](auto const& read) {
+                        if (pairedOut && lastNarrow == 0)
+                            pass<S>(read, toPaired, n, p);
+                        else
+                            pass<S>(read, to, n, p);
+                    };
                     if constexpr (inInterleaved) {
                         if (pairedIn) {
                             p.twiddles = plan.pairedTwiddles;
-                            if (outPaired)
-                                pass<S>(firstPaired, toPaired, n, p);
-                            else
-                                pass<S>(firstPaired, to, n, p);
+                            firstPass(firstPaired);
                             continue;
                         }
                     }
-                    if (outPaired)
-                        pass<S>(first, toPaired, n, p);
-                    else
-                        pass<S>(first, to, n, p);
+                    firstPass(first);
                 } else if (k + 1 == count) {
                     if constexpr (outInterleaved) {
                         if (pairedOut) {
@@ -698,8 +699,8 @@ template <typename S, unsigned int R>
 // untangling. Transforms in registers, of one pass, of parts narrower than a register, or ending
 // in a radix-8 pass keep the separate untangling.
 template <typename S, typename Read>
-void forwardRealFrom(FftPlan<typename S::T> const& plan, Read const first, typename S::T const* in,
-                     typename S::T const* tRe, typename S::T const* tIm, typename S::T* out)
+void forwardRealFrom(FftPlan<typename S::T> const& plan, Read const first, typename S::T const* tRe,
+                     typename S::T const* tIm, typename S::T* out)
 {
     using T = typename S::T;
     unsigned int const m = plan.size;
@@ -715,7 +716,7 @@ void forwardRealFrom(FftPlan<typename S::T> const& plan, Read const first, typen
         // Into the buffer the last pass does not read.
         T* const zRe = plan.re[(count + 1) % 2];
         T* const zIm = plan.im[(count + 1) % 2];
-        run<S>(plan, in, nullptr, zRe, zIm, fftInInterleaved, T(1));
+        run<S>(plan, first.re, nullptr, zRe, zIm, fftInInterleaved, T(1));
         untangle<S>(m, zRe, zIm, tRe, tIm, out);
         return;
     }
@@ -748,9 +749,9 @@ void forwardReal(FftPlan<typename S::T> const& plan, typename S::T const* in, ty
 {
     if constexpr (hasPairs<S>) {
         if (plan.pairedTwiddles != nullptr)
-            return forwardRealFrom<S>(plan, Reader<S, Layout::Interleaved, false, true>{in, nullptr}, in, tRe, tIm, out);
+            return forwardRealFrom<S>(plan, Reader<S, Layout::Interleaved, false, true>{in, nullptr}, tRe, tIm, out);
     }
-    forwardRealFrom<S>(plan, Reader<S, Layout::Interleaved, false>{in, nullptr}, in, tRe, tIm, out);
+    forwardRealFrom<S>(plan, Reader<S, Layout::Interleaved, false>{in, nullptr}, tRe, tIm, out);
 }
 
 template <typename S>
