@@ -26,9 +26,9 @@
 #include <Cordel/IPP/Statistics.h>
 #include <Cordel/IPP/Threshold.h>
 #include <Cordel/IPP/Window.h>
-#include <Cordel/Util/Complex.h>
-#include <Cordel/Util/Math.h>
-#include <Cordel/Util/Random.h>
+#include <Cordel/IPP/ComplexMath.h>
+#include <Cordel/IPP/Math.h>
+#include <Cordel/IPP/Random.h>
 #include <Cordel/Util/Atomic.h>
 #include <Cordel/MIDI/Decode/Decoder.h>
 #include <Cordel/MIDI/Encode/Encoder.h>
@@ -40,7 +40,6 @@
 #include <Cordel/Util/CommandPipe.h>
 #include <Cordel/Util/CriticalSection.h>
 #include <Cordel/Util/DataQueue.h>
-#include <Cordel/Util/Connection.h>
 #include <Cordel/Util/DataStream.h>
 #include <Cordel/Util/DataStreamIOException.h>
 #include <Cordel/Util/Dir.h>

@@ -1,7 +1,7 @@
 // Ramps, tones and the random generators.
 
 #include <Cordel/IPP/Generate.h>
-#include <Cordel/Util/Random.h>
+#include <Cordel/IPP/Random.h>
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>

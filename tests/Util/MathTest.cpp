@@ -1,7 +1,7 @@
 // Guarded logarithms, decibels and complex helpers.
 
-#include <Cordel/Util/Complex.h>
-#include <Cordel/Util/Math.h>
+#include <Cordel/IPP/ComplexMath.h>
+#include <Cordel/IPP/Math.h>
 
 #include <gtest/gtest.h>
 

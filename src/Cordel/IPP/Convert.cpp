@@ -1,6 +1,6 @@
 #include <Cordel/IPP/Convert.h>
 
-#include "detail/Kernels.h"
+#include <Cordel/IPP/detail/Kernels.h>
 
 #include <array>
 #include <bit>

@@ -1,6 +1,6 @@
 #include <Cordel/IPP/Generate.h>
 
-#include "detail/Random.h"
+#include <Cordel/IPP/detail/Random.h>
 
 #include <cmath>
 

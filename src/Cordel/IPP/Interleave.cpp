@@ -1,6 +1,6 @@
 #include <Cordel/IPP/Interleave.h>
 
-#include "detail/Kernels.h"
+#include <Cordel/IPP/detail/Kernels.h>
 
 #include <cstddef>
 

@@ -1,6 +1,6 @@
 #include <Cordel/IPP/Statistics.h>
 
-#include "detail/Kernels.h"
+#include <Cordel/IPP/detail/Kernels.h>
 
 #include <cmath>
 #include <cstring>

@@ -19,7 +19,7 @@ namespace {
 
 using Bytes = std::vector<unsigned char>;
 
-// The helper's exit codes (see tools/cordel-clipboard).
+// The helper's exit codes (see detail/ClipboardHelper.cpp).
 enum HelperExit { Done = 0, NotOnOffer = 1, NoDisplay = 2, TooLarge = 3 };
 // Long enough for a slow clipboard owner, short enough that a hung one does not freeze the caller.
 constexpr int helperTimeoutMs = 5000;

@@ -1,4 +1,5 @@
 #include <Cordel/Util/Object.h>
+#include <Cordel/Util/detail/Connection.h>
 #include <Cordel/Util/detail/Signature.h>
 
 #include <algorithm>

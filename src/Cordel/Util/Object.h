@@ -20,7 +20,6 @@
 // - An object owns the objects given to `AddAutoDelete` and destroys them first in its
 //   destructor, in the order they were added; nobody else may delete them.
 
-#include <Cordel/Util/Connection.h>
 #include <Cordel/Util/MetaObject.h>
 #include <Cordel/common/Export.h>
 #include <Cordel/common/SharedPtr.h>
@@ -35,6 +34,9 @@ namespace Cordel::Util {
 namespace detail {
 struct Access;
 }
+
+// One link from a signal to a receiver (defined inside the library).
+struct Connection;
 
 class CORDEL_API Object : private noncopyable {
 public:

@@ -8,7 +8,7 @@
 #include <Cordel/IPP/Memory.h>
 #include <Cordel/IPP/Statistics.h>
 #include <Cordel/IPP/Window.h>
-#include <Cordel/Util/Math.h>
+#include <Cordel/IPP/Math.h>
 
 #include <cmath>
 #include <string>

@@ -8,7 +8,7 @@
 // compiler only widens it. Contraction of a·b + c into one fused instruction would change the
 // rounding, so the library is built with -ffp-contract=off.
 
-#include "Kernels.h"
+#include <Cordel/IPP/detail/Kernels.h>
 
 #ifndef CORDEL_KERNEL_VECTOR_BYTES
 #error "define CORDEL_KERNEL_VECTOR_BYTES before including KernelLoops.h"

@@ -1,6 +1,6 @@
 // The portable hot loops and the choice, once at load time, of the widest set the CPU runs.
 #define CORDEL_KERNEL_VECTOR_BYTES 16
-#include "detail/KernelLoops.h"
+#include <Cordel/IPP/detail/KernelLoops.h>
 
 #include <Cordel/IPP/InstructionSet.h>
 

@@ -1,4 +1,4 @@
-#include <Cordel/Util/Random.h>
+#include <Cordel/IPP/Random.h>
 
 #include <Cordel/IPP/Generate.h>
 

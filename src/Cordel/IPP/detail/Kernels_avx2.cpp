@@ -1,7 +1,7 @@
 // The hot loops compiled for AVX2 (the build adds the instruction-set flags to this file). The
 // compiler widens most of them well by itself; conversions and interleaving are spelled out.
 #define CORDEL_KERNEL_VECTOR_BYTES 32
-#include "detail/KernelLoops.h"
+#include <Cordel/IPP/detail/KernelLoops.h>
 
 #include <immintrin.h>
 

@@ -1,4 +1,4 @@
-#include <Cordel/Util/Math.h>
+#include <Cordel/IPP/Math.h>
 
 #include <cmath>
 

@@ -1,4 +1,4 @@
-#include <Cordel/Util/Complex.h>
+#include <Cordel/IPP/ComplexMath.h>
 
 #include <cmath>
 
