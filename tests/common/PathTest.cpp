@@ -53,7 +53,8 @@ TEST(FolderPath, CleansComponents)
     EXPECT_EQ(folder("/a//b/./c"), "/a/b/c/");
     EXPECT_EQ(folder("/a/b/../../.."), "/");
     EXPECT_EQ(folder("/../x"), "/x/");
-    EXPECT_EQ(folder("//a///b"), "/a/b/");
+    EXPECT_EQ(folder("//a///b"), "//a/b/"); // the leading run stays as it is
+    EXPECT_EQ(folder("///a//b"), "///a/b/");
     EXPECT_EQ(folder("/"), "/");
     EXPECT_EQ(folder("///"), "/");
     EXPECT_EQ(folder("  /a   b/c  "), "/a b/c/");
@@ -188,7 +189,7 @@ TEST(FilePath, FolderAgreesWithFolderName)
         {"/x.wav", "/", ""},
         {"/a/x.wav", "/a/", "a"},
         {"/a/b c/x.wav", "/a/b c/", "b c"},
-        {"//server/share/x", "/server/share/", "share"},
+        {"//server/share/x", "//server/share/", "share"},
     };
     for (Case const& c : cases) {
         FilePath const path(c.file);

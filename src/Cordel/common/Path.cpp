@@ -41,8 +41,12 @@ String homeFolder()
 String convertRelative(String const& text, bool resolveRelative)
 {
     String const t = text == "~" ? String("~/") : text;
-    if (t.BeginsWith("~/") || t.BeginsWith("~\\"))
-        return homeFolder() + t.Mid(1);
+    if (t.BeginsWith("~/") || t.BeginsWith("~\\")) {
+        // A home of "/" (or one given with a trailing separator) joins the rest with one
+        // separator, so that the expansion never makes a leading "//" that cleaning would keep.
+        String const home = homeFolder();
+        return home.EndsWith("/") ? home + t.Mid(2) : home + t.Mid(1);
+    }
     if (resolveRelative && isRelative(t)) {
         String const cwd = workingDirectory();
         // Without a working directory (it was removed under us) the text stays relative rather
@@ -79,9 +83,9 @@ String cleanDirPath(String const& text)
         }
         out.push_back(piece);
     }
-    // One leading separator however many were given: on this system "//a" is "/a", and paths
-    // that name the same folder must compare equal.
-    return String(absolute ? "/" : "") + String::Join("/", out);
+    // The leading separators stay as they were given: a path that starts with exactly two may
+    // name something else than the one with one.
+    return t.Left(leading) + String::Join("/", out);
 }
 
 String canonicalize(String const& text)
