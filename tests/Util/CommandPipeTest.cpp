@@ -149,6 +149,13 @@ unsigned int fakeClock()
 {
     return fakeTick;
 }
+
+// Puts the watchdogs on fakeTick for the life of the guard.
+struct FakeClock {
+    FakeClock() { detail::watchdogClock = &fakeClock; }
+    ~FakeClock() { detail::watchdogClock = previous; }
+    detail::Clock previous = detail::watchdogClock;
+};
 } // namespace
 
 TEST(CommandPipe, WatchdogTakesOverAfterExactlyItsTimeOut)
@@ -157,7 +164,7 @@ TEST(CommandPipe, WatchdogTakesOverAfterExactlyItsTimeOut)
     Log log;
     Scripted command(log, forever, forever);
     Pipe p(500u);
-    detail::CommandPipeClock::Set(p.pipe, &fakeClock);
+    FakeClock clock;
     fakeTick = 1000;
     p.pipe.ProcessHigh();
     p.pipe.PostHigh(&command);
@@ -190,7 +197,7 @@ TEST(CommandPipe, WatchdogComparisonWrapsLikeTheTick)
     Log log;
     Scripted command(log, forever, forever);
     Pipe p(500u);
-    detail::CommandPipeClock::Set(p.pipe, &fakeClock);
+    FakeClock clock;
     fakeTick = 0xFFFFFF00u;
     p.pipe.ProcessHigh();
     p.pipe.PostHigh(&command);

@@ -44,14 +44,14 @@ ByteStream& ByteStream::operator>>(String& v)
     try {
         length = take<std::uint32_t>();
     } catch (...) {
-        v.assignBytes({});
+        v.Assign({});
         throw;
     }
     if (length > MaxStringLength || length > remaining()) {
-        v.assignBytes({});
+        v.Assign({});
         return *this;
     }
-    v.assignBytes(std::string_view(reinterpret_cast<char const*>(data.data() + position), length));
+    v.Assign(std::string_view(reinterpret_cast<char const*>(data.data() + position), length));
     position += length;
     return *this;
 }

@@ -1,7 +1,12 @@
 #include <Cordel/Util/CommandPipe.h>
 #include <Cordel/Util/Time.h>
+#include <Cordel/Util/detail/CommandPipeClock.h>
 
 namespace Cordel::Atomic {
+
+namespace detail {
+constinit Clock watchdogClock = &Util::GetTickCountMillis;
+}
 
 namespace {
 
@@ -36,8 +41,7 @@ CommandPipe::CommandPipe(String const& name, void* context, unsigned int size,
       watchdogTimeout(watchdogTimeoutMs),
       externalLock(externalLock),
       highActive(false),
-      lastHighTick(0),
-      tickClock(&Util::GetTickCountMillis)
+      lastHighTick(0)
 {
 }
 
@@ -46,7 +50,7 @@ CommandPipe::~CommandPipe() = default;
 void CommandPipe::ProcessHigh()
 {
     highActive.store(true, std::memory_order_relaxed);
-    AtomicWrite(lastHighTick, tickClock());
+    AtomicWrite(lastHighTick, detail::watchdogClock());
     drainHigh();
 }
 
@@ -124,7 +128,7 @@ bool CommandPipe::highSideAlive()
     if (!watchdogTimeout.IsSet())
         return true;
     // Unsigned 32-bit arithmetic, as the tick itself is.
-    if (tickClock() < AtomicRead(lastHighTick) + watchdogTimeout.Get())
+    if (detail::watchdogClock() < AtomicRead(lastHighTick) + watchdogTimeout.Get())
         return true;
     highActive.store(false, std::memory_order_relaxed);
     return false;

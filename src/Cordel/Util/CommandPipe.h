@@ -52,10 +52,6 @@ public:
     virtual ~CommandPipeLow() = default;
 };
 
-namespace detail {
-struct CommandPipeClock;
-}
-
 class CORDEL_API CommandPipe : public CommandPipeHigh, public CommandPipeLow, noncopyable {
 public:
     // `size` is the initial ring size of both queues (they grow when full, which allocates, so
@@ -77,8 +73,6 @@ public:
     void SetLowWaitCondition(WaitCondition* condition) override;
 
 private:
-    friend struct detail::CommandPipeClock;
-
     void drainHigh();
     void pushLow(Command* command);
     void pushHigh(Command* command);
@@ -95,7 +89,6 @@ private:
     CriticalSection& externalLock;
     std::atomic<bool> highActive;
     volatile unsigned int lastHighTick;
-    unsigned int (*tickClock)(); // the watchdog's clock; tests substitute their own
 };
 
 } // namespace Cordel::Atomic

@@ -118,7 +118,7 @@ DataStream& FileStream::operator>>(String& v)
     } catch (Cordel::Exception::Base const& e) {
         fail(String("Can't extract string: %2").Arg(e.ToString()), CORDEL_HERE);
     }
-    v.assignBytes(std::string_view(bytes, length));
+    v.Assign(std::string_view(bytes, length));
     return *this;
 }
 

@@ -58,7 +58,7 @@ String& String::operator=(char const* s)
     return *this;
 }
 
-void String::assignBytes(std::string_view bytes)
+void String::Assign(std::string_view bytes)
 {
     if (bytes.empty())
         replaceText(nullptr);

@@ -21,11 +21,6 @@
 
 namespace Cordel {
 
-namespace Util {
-class ByteStream;
-class FileStream;
-} // namespace Util
-
 class CORDEL_API String {
 public:
     // Encoding selectors for the converting constructors and Unicode().
@@ -163,15 +158,13 @@ public:
     // The handle itself, for callers that need to observe sharing.
     shared_ptr<std::string> const& GetHandle() const { return text; }
 
-private:
-    // The streams refill one String value after another: they may overwrite an unshared text in
-    // place, keeping its storage, which spares two allocations and two frees per value.
-    friend class Util::ByteStream;
-    friend class Util::FileStream;
+    // Makes this string hold the given bytes, as assigning String(bytes) would, but overwrites
+    // an unshared text in place: a reader that refills one String value after another keeps its
+    // storage and spares an allocation and a free per value.
+    void Assign(std::string_view bytes);
 
+private:
     void replaceText(std::string* fresh) { text.reset(fresh); }
-    // Makes this string hold the given bytes, as assigning String(bytes) would.
-    void assignBytes(std::string_view bytes);
     void appendBytes(std::string_view bytes);
     // The unshared text of an rvalue, ready to be edited in place (made unique first).
     std::string& ownText();

@@ -1,12 +1,10 @@
 #pragma once
-// Internal: lets tests drive a pipe's watchdog with a clock of their own.
-
-#include <Cordel/Util/CommandPipe.h>
+// The clock that every pipe's watchdog reads, in milliseconds. Tests substitute their own while
+// no pipe is in use on another thread.
 
 namespace Cordel::Atomic::detail {
 
-struct CommandPipeClock {
-    static void Set(CommandPipe& pipe, unsigned int (*clock)()) { pipe.tickClock = clock; }
-};
+using Clock = unsigned int (*)();
+extern Clock watchdogClock;
 
 } // namespace Cordel::Atomic::detail
