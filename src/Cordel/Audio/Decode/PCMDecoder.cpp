@@ -3,6 +3,7 @@
 #include <Cordel/Audio/detail/SampleConversion.h>
 #include <Cordel/IPP/Arithmetic.h>
 #include <Cordel/IPP/Convert.h>
+#include <Cordel/IPP/Memory.h>
 #include <Cordel/Util/FileIOException.h>
 #include <Cordel/Util/detail/Throw.h>
 
@@ -14,9 +15,61 @@ namespace Cordel::Audio::Decode {
 
 using namespace Cordel::Audio::detail;
 
+// The reading side of a decoder: where the file stands, the stage and the conversion buffers.
+//
+// Converting reads take the file in pieces of about 64 KB and convert from there: a system call
+// per piece instead of one per request, and the copy out of the page cache lands in memory the
+// cache still holds when the conversion reads it. The stage holds frames [stageFirst, stageEnd),
+// already in little-endian offset form; raw reads and Seek never touch it.
+class PCMDecoder::Reading {
+public:
+    enum class Target { Float, Double, Int16 };
+
+    explicit Reading(PCMDecoder& decoder) : d(decoder) {}
+
+    // Forgets where the file stands and what is staged.
+    void Reset()
+    {
+        filePosition = {};
+        stageFirst = stageEnd = 0;
+    }
+    void KnowPosition(unsigned int position) { filePosition = position; }
+    // Someone else moved the file.
+    void ForgetPosition() { filePosition = {}; }
+    // Reads count bytes at a position of the file, seeking only when it is elsewhere.
+    void ReadAt(unsigned int position, unsigned char* out, unsigned int count);
+    // Checks the synced state and the conversion, clamps the request and reads the raw bytes
+    // (swapped to little-endian order, 8-bit ones in offset form). Returns the frames read and
+    // points raw at their bytes.
+    unsigned int ReadForConversion(unsigned int frames, Target target, char const* operation, unsigned char const*& raw);
+    void RawToFloat(unsigned int samples, unsigned char const* raw, float* out);
+    void RawToInt16(unsigned int samples, unsigned char const* raw, short* out);
+    // A float buffer of at least n values, for conversions that pass through float.
+    float* Floats(unsigned int n);
+
+private:
+    static constexpr std::size_t stageCapacity = 65536;
+
+    bool canConvert(Target target) const;
+    // Makes the staged frames cover the n frames from the read position; false when the request
+    // is too large for the stage or the file did not give the bytes.
+    bool stage(unsigned int n);
+    void toLittleEndianOffsetForm(unsigned int samples, unsigned char* raw) const;
+
+    PCMDecoder& d;
+    // Where the file stands when that is known: after our own seeks and sample reads, not after
+    // a chunk fetch, a failed read or a header parse.
+    checked_value<unsigned int> filePosition;
+    aligned_vector<unsigned char> rawBuffer;
+    aligned_vector<unsigned char> convertBuffer;
+    aligned_vector<unsigned char> stageBuffer;
+    unsigned int stageFirst = 0;
+    unsigned int stageEnd = 0;
+};
+
 Stream::~Stream() = default;
 
-PCMDecoder::PCMDecoder(FilePath const& path) : file(path) {}
+PCMDecoder::PCMDecoder(FilePath const& path) : file(path), reading(std::make_unique<Reading>(*this)) {}
 
 PCMDecoder::~PCMDecoder()
 {
@@ -44,8 +97,7 @@ void PCMDecoder::beginSync()
     samplePos = 0;
     numSampleFrames = 0;
     dataStart = 0;
-    filePosition = {};
-    stageFirst = stageEnd = 0;
+    reading->Reset();
     format = WaveFormat();
     coding = SampleCoding();
     applicationChunks.clear();
@@ -55,7 +107,7 @@ WaveFormat PCMDecoder::finishSync(unsigned int start, unsigned int dataBytes)
 {
     dataStart = start;
     file.At(dataStart);
-    filePosition = dataStart;
+    reading->KnowPosition(dataStart);
     numSampleFrames = format.BytesPerFrame() ? dataBytes / format.BytesPerFrame() : 0;
     synced = true;
     return format;
@@ -76,7 +128,7 @@ void PCMDecoder::Seek(unsigned int frame)
     if (frame > numSampleFrames)
         fail(String("Seek to %1, total sample frames %2").Arg(frame).Arg(numSampleFrames), CORDEL_HERE);
     file.At(dataStart + frame * format.BytesPerFrame());
-    filePosition = dataStart + frame * format.BytesPerFrame();
+    reading->KnowPosition(dataStart + frame * format.BytesPerFrame());
     samplePos = frame;
 }
 
@@ -85,102 +137,103 @@ void PCMDecoder::ReadRawInterleaved(unsigned int frames, unsigned char* out, uns
     requireSynced("ReadRawInterleaved", frames);
     unsigned int const n = std::min(frames, numSampleFrames - samplePos);
     if (n)
-        readAt(dataStart + samplePos * format.BytesPerFrame(), out, n * format.BytesPerFrame());
+        reading->ReadAt(dataStart + samplePos * format.BytesPerFrame(), out, n * format.BytesPerFrame());
     samplePos += n;
     framesRead = n;
 }
 
-void PCMDecoder::readAt(unsigned int position, unsigned char* out, unsigned int count)
+void PCMDecoder::Reading::ReadAt(unsigned int position, unsigned char* out, unsigned int count)
 {
     // Position first: fetching a chunk may have moved the file elsewhere. A seek costs a system
     // call and empties the stream's buffer, so it is skipped when the file is known to be where
     // the bytes are.
     if (!filePosition.IsSet() || filePosition.Get() != position)
-        file.At(position);
+        d.file.At(position);
     filePosition = {};
-    file.ReadBlock(reinterpret_cast<char*>(out), count);
+    d.file.ReadBlock(reinterpret_cast<char*>(out), count);
     filePosition = position + count;
 }
 
-bool PCMDecoder::canConvert(Target target) const
+bool PCMDecoder::Reading::canConvert(Target target) const
 {
-    unsigned int const bytes = format.bytesPerSample;
-    if (format.isFloat)
+    unsigned int const bytes = d.format.bytesPerSample;
+    if (d.format.isFloat)
         return bytes == 4;
     if (target == Target::Int16)
         return bytes == 2 || bytes == 3;
     return bytes >= 1 && bytes <= 4;
 }
 
-unsigned int PCMDecoder::readForConversion(unsigned int frames, Target target, char const* operation, unsigned char const*& raw)
+unsigned int PCMDecoder::Reading::ReadForConversion(unsigned int frames, Target target, char const* operation, unsigned char const*& raw)
 {
-    requireSynced(operation, frames);
+    d.requireSynced(operation, frames);
     if (!canConvert(target)) {
         char const* const name = target == Target::Int16 ? "ReadInt16Interleaved" : "ReadFloatInterleaved";
-        fail(String("%1 %2 called, unsupported conversion").Arg(name).Arg(frames), CORDEL_HERE);
+        d.fail(String("%1 %2 called, unsupported conversion").Arg(name).Arg(frames), CORDEL_HERE);
     }
-    unsigned int const n = std::min(frames, numSampleFrames - samplePos);
-    unsigned int const frameBytes = format.BytesPerFrame();
+    unsigned int const n = std::min(frames, d.numSampleFrames - d.samplePos);
+    unsigned int const frameBytes = d.format.BytesPerFrame();
     if (n && stage(n)) {
-        raw = stageBuffer.data() + std::size_t(samplePos - stageFirst) * frameBytes;
-        samplePos += n;
+        raw = stageBuffer.data() + std::size_t(d.samplePos - stageFirst) * frameBytes;
+        d.samplePos += n;
         return n;
     }
     // A request too large for the stage, or one whose bytes the file did not give: read it as it
     // is, so that a failure is reported exactly as a raw read of those frames reports it.
     rawBuffer.resize(std::max<std::size_t>(rawBuffer.size(), std::size_t(n) * frameBytes));
     unsigned int read = 0;
-    ReadRawInterleaved(n, rawBuffer.data(), read);
-    toLittleEndianOffsetForm(read * format.numChannels, rawBuffer.data());
+    d.ReadRawInterleaved(n, rawBuffer.data(), read);
+    toLittleEndianOffsetForm(read * d.format.numChannels, rawBuffer.data());
     raw = rawBuffer.data();
     return read;
 }
 
-bool PCMDecoder::stage(unsigned int n)
+bool PCMDecoder::Reading::stage(unsigned int n)
 {
-    if (samplePos >= stageFirst && samplePos + n <= stageEnd)
+    unsigned int const pos = d.samplePos;
+    if (pos >= stageFirst && pos + n <= stageEnd)
         return true;
-    std::size_t const frameBytes = format.BytesPerFrame();
+    std::size_t const frameBytes = d.format.BytesPerFrame();
     unsigned int const capacity = static_cast<unsigned int>(stageCapacity / frameBytes);
     if (n > capacity / 2)
         return false; // the stage would save nothing
     // Keep the staged frames from the read position on, and read what follows them.
     unsigned int kept = 0;
-    if (samplePos >= stageFirst && samplePos < stageEnd) {
-        kept = stageEnd - samplePos;
-        std::memmove(stageBuffer.data(), stageBuffer.data() + (samplePos - stageFirst) * frameBytes, kept * frameBytes);
+    if (pos >= stageFirst && pos < stageEnd) {
+        kept = stageEnd - pos;
+        std::memmove(stageBuffer.data(), stageBuffer.data() + (pos - stageFirst) * frameBytes, kept * frameBytes);
     }
-    unsigned int const first = samplePos + kept;
-    unsigned int const count = std::min(capacity - kept, numSampleFrames - first);
-    stageFirst = samplePos;
-    stageEnd = samplePos + kept;
+    unsigned int const first = pos + kept;
+    unsigned int const count = std::min(capacity - kept, d.numSampleFrames - first);
+    stageFirst = pos;
+    stageEnd = pos + kept;
     stageBuffer.resize(stageCapacity);
     unsigned char* const dest = stageBuffer.data() + std::size_t(kept) * frameBytes;
     try {
-        readAt(dataStart + first * static_cast<unsigned int>(frameBytes), dest, count * static_cast<unsigned int>(frameBytes));
+        ReadAt(d.dataStart + first * static_cast<unsigned int>(frameBytes), dest, count * static_cast<unsigned int>(frameBytes));
     } catch (Util::Exception::FileIO const&) {
         stageFirst = stageEnd = 0;
         return false;
     }
-    toLittleEndianOffsetForm(count * format.numChannels, dest);
+    toLittleEndianOffsetForm(count * d.format.numChannels, dest);
     stageEnd += count;
     return true;
 }
 
-void PCMDecoder::toLittleEndianOffsetForm(unsigned int samples, unsigned char* raw) const
+void PCMDecoder::Reading::toLittleEndianOffsetForm(unsigned int samples, unsigned char* raw) const
 {
-    if (coding.bigEndian && format.bytesPerSample > 1)
-        swapSampleBytes(samples, format.bytesPerSample, raw);
-    if (coding.signedBytes && format.bytesPerSample == 1)
+    if (d.coding.bigEndian && d.format.bytesPerSample > 1)
+        swapSampleBytes(samples, d.format.bytesPerSample, raw);
+    if (d.coding.signedBytes && d.format.bytesPerSample == 1)
         for (unsigned int i = 0; i < samples; ++i)
             raw[i] ^= 0x80; // signed to offset form: s + 128
 }
 
-void PCMDecoder::rawToFloat(unsigned int samples, unsigned char const* raw, float* out)
+void PCMDecoder::Reading::RawToFloat(unsigned int samples, unsigned char const* raw, float* out)
 {
     if (!samples)
         return; // the buffers of an empty read may be null, which memcpy may not be handed
-    switch (format.isFloat ? 0 : format.bytesPerSample) {
+    switch (d.format.isFloat ? 0 : d.format.bytesPerSample) {
     case 0: std::memcpy(out, raw, std::size_t(samples) * 4); break;
     case 1:
         IPP::Convert(samples, raw, out);
@@ -196,18 +249,23 @@ void PCMDecoder::rawToFloat(unsigned int samples, unsigned char const* raw, floa
     }
 }
 
-void PCMDecoder::rawToInt16(unsigned int samples, unsigned char const* raw, short* out)
+void PCMDecoder::Reading::RawToInt16(unsigned int samples, unsigned char const* raw, short* out)
 {
     if (!samples)
-        return; // as in rawToFloat
-    if (!format.isFloat && format.bytesPerSample == 2) {
+        return; // as in RawToFloat
+    if (!d.format.isFloat && d.format.bytesPerSample == 2) {
         std::memcpy(out, raw, std::size_t(samples) * 2);
         return;
     }
-    convertBuffer.resize(std::max<std::size_t>(convertBuffer.size(), std::size_t(samples) * sizeof(float)));
-    float* const floats = reinterpret_cast<float*>(convertBuffer.data());
-    rawToFloat(samples, raw, floats);
+    float* const floats = Floats(samples);
+    RawToFloat(samples, raw, floats);
     IPP::Convert(samples, floats, out, -15, false);
+}
+
+float* PCMDecoder::Reading::Floats(unsigned int n)
+{
+    convertBuffer.resize(std::max<std::size_t>(convertBuffer.size(), std::size_t(n) * sizeof(float)));
+    return reinterpret_cast<float*>(convertBuffer.data());
 }
 
 void PCMDecoder::ReadFloatInterleaved(unsigned int frames, float* out, unsigned int& framesRead)
@@ -218,14 +276,14 @@ void PCMDecoder::ReadFloatInterleaved(unsigned int frames, float* out, unsigned 
         return;
     }
     unsigned char const* raw = nullptr;
-    framesRead = readForConversion(frames, Target::Float, "ReadFloatInterleaved", raw);
-    rawToFloat(framesRead * format.numChannels, raw, out);
+    framesRead = reading->ReadForConversion(frames, Reading::Target::Float, "ReadFloatInterleaved", raw);
+    reading->RawToFloat(framesRead * format.numChannels, raw, out);
 }
 
 void PCMDecoder::ReadFloatInterleaved(unsigned int frames, double* out, unsigned int& framesRead)
 {
     unsigned char const* raw = nullptr;
-    framesRead = readForConversion(frames, Target::Double, "ReadFloatInterleaved", raw);
+    framesRead = reading->ReadForConversion(frames, Reading::Target::Double, "ReadFloatInterleaved", raw);
     unsigned int const samples = framesRead * format.numChannels;
     if (!format.isFloat && format.bytesPerSample == 4) {
         // x / 2^31 exactly; the float read rounds the integer to 24 bits first.
@@ -236,9 +294,8 @@ void PCMDecoder::ReadFloatInterleaved(unsigned int frames, double* out, unsigned
         }
         return;
     }
-    convertBuffer.resize(std::max<std::size_t>(convertBuffer.size(), std::size_t(samples) * sizeof(float)));
-    float* const floats = reinterpret_cast<float*>(convertBuffer.data());
-    rawToFloat(samples, raw, floats);
+    float* const floats = reading->Floats(samples);
+    reading->RawToFloat(samples, raw, floats);
     std::copy(floats, floats + samples, out);
 }
 
@@ -249,8 +306,8 @@ void PCMDecoder::ReadInt16Interleaved(unsigned int frames, short* out, unsigned 
         return;
     }
     unsigned char const* raw = nullptr;
-    framesRead = readForConversion(frames, Target::Int16, "ReadInt16Interleaved", raw);
-    rawToInt16(framesRead * format.numChannels, raw, out);
+    framesRead = reading->ReadForConversion(frames, Reading::Target::Int16, "ReadInt16Interleaved", raw);
+    reading->RawToInt16(framesRead * format.numChannels, raw, out);
 }
 
 namespace {
@@ -270,20 +327,20 @@ void splitChannels(unsigned int frames, unsigned int channels, T const* interlea
 void PCMDecoder::ReadFloatDeinterleaved(unsigned int frames, float* const* channels, unsigned int& framesRead)
 {
     unsigned char const* raw = nullptr;
-    framesRead = readForConversion(frames, Target::Float, "ReadFloatDeinterleaved", raw);
+    framesRead = reading->ReadForConversion(frames, Reading::Target::Float, "ReadFloatDeinterleaved", raw);
     unsigned int const samples = framesRead * format.numChannels;
     aligned_vector<float> interleaved(samples);
-    rawToFloat(samples, raw, interleaved.data());
+    reading->RawToFloat(samples, raw, interleaved.data());
     splitChannels(framesRead, format.numChannels, interleaved.data(), channels);
 }
 
 void PCMDecoder::ReadInt16Deinterleaved(unsigned int frames, short* const* channels, unsigned int& framesRead)
 {
     unsigned char const* raw = nullptr;
-    framesRead = readForConversion(frames, Target::Int16, "ReadInt16Deinterleaved", raw);
+    framesRead = reading->ReadForConversion(frames, Reading::Target::Int16, "ReadInt16Deinterleaved", raw);
     unsigned int const samples = framesRead * format.numChannels;
     aligned_vector<short> interleaved(samples);
-    rawToInt16(samples, raw, interleaved.data());
+    reading->RawToInt16(samples, raw, interleaved.data());
     splitChannels(framesRead, format.numChannels, interleaved.data(), channels);
 }
 
@@ -299,7 +356,7 @@ void PCMDecoder::fetchChunk(std::vector<ApplicationChunkInfo> const& list, unsig
     if (it == list.end() || !file.IsOpen())
         return;
     data.resize(it->size); // the size was checked against the file when the chunk was listed
-    filePosition = {};
+    reading->ForgetPosition();
     file.At(it->position);
     if (it->size)
         file.ReadBlock(data);
@@ -318,8 +375,7 @@ void PCMDecoder::GetApplicationChunk(unsigned int id, std::vector<unsigned char>
 void PCMDecoder::Close()
 {
     synced = false;
-    filePosition = {};
-    stageFirst = stageEnd = 0;
+    reading->Reset();
     if (file.IsOpen())
         file.Close();
 }

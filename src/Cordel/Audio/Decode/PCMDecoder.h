@@ -11,10 +11,12 @@
 // A read whose conversion the file's samples do not support throws before it consumes anything.
 
 #include <Cordel/Audio/Decode/Stream.h>
-#include <Cordel/IPP/Memory.h>
 #include <Cordel/Util/Exception.h>
 #include <Cordel/Util/File.h>
 #include <Cordel/common/Types.h>
+
+#include <memory>
+#include <vector>
 
 namespace Cordel::Audio::Decode {
 
@@ -74,38 +76,15 @@ protected:
     std::vector<ApplicationChunkInfo> applicationChunks;
 
 private:
-    enum class Target { Float, Double, Int16 };
-    bool canConvert(Target target) const;
-    // Checks the synced state and the conversion, clamps the request and reads the raw bytes
-    // (swapped to little-endian order, 8-bit ones in offset form). Returns the frames read and
-    // points raw at their bytes.
-    unsigned int readForConversion(unsigned int frames, Target target, char const* operation, unsigned char const*& raw);
-    // Makes the staged frames cover the n frames from the read position; false when the request
-    // is too large for the stage or the file did not give the bytes.
-    bool stage(unsigned int n);
-    // Reads count bytes at a position of the file, seeking only when it is elsewhere.
-    void readAt(unsigned int position, unsigned char* out, unsigned int count);
-    void toLittleEndianOffsetForm(unsigned int samples, unsigned char* raw) const;
-    void rawToFloat(unsigned int samples, unsigned char const* raw, float* out);
-    void rawToInt16(unsigned int samples, unsigned char const* raw, short* out);
+    // How converting reads take their bytes from the file (PCMDecoder.cpp).
+    class Reading;
+
     void requireSynced(char const* operation, unsigned int value) const;
 
     unsigned int samplePos = 0;
     unsigned int numSampleFrames = 0;
     unsigned int dataStart = 0;
-    // Where the file stands when that is known: after our own seeks and sample reads, not after
-    // a chunk fetch, a failed read or a header parse.
-    checked_value<unsigned int> filePosition;
-    aligned_vector<unsigned char> rawBuffer;
-    aligned_vector<unsigned char> convertBuffer;
-    // Converting reads take the file in pieces of about 64 KB and convert from there: a system
-    // call per piece instead of one per request, and the copy out of the page cache lands in
-    // memory the cache still holds when the conversion reads it. Frames [stageFirst, stageEnd),
-    // already in little-endian offset form; raw reads and Seek never touch the stage.
-    static constexpr std::size_t stageCapacity = 65536;
-    aligned_vector<unsigned char> stageBuffer;
-    unsigned int stageFirst = 0;
-    unsigned int stageEnd = 0;
+    std::unique_ptr<Reading> reading;
 };
 
 } // namespace Cordel::Audio::Decode
