@@ -113,7 +113,7 @@ protected:
 
 class CORDEL_API CommandLine {
 public:
-    class CORDEL_API Error : public Exception::Base {
+    class CORDEL_API Error : public Cordel::Exception::Base {
     public:
         explicit Error(String const& message) : Base(message) {}
     };

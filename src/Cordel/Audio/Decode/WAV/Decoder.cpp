@@ -1,10 +1,12 @@
 #include <Cordel/Audio/Decode/WAV/Decoder.h>
-#include <Cordel/Audio/WaveConstants.h>
+#include <Cordel/Audio/detail/WaveConstants.h>
 #include <Cordel/Util/detail/Throw.h>
 
 #include <cstring>
 
 namespace Cordel::Audio::Decode::WAV {
+
+using namespace Cordel::Audio::detail;
 
 namespace {
 

@@ -1,7 +1,9 @@
 #include <Cordel/Audio/Encode/WAV/Encoder.h>
-#include <Cordel/Audio/WaveConstants.h>
+#include <Cordel/Audio/detail/WaveConstants.h>
 
 namespace Cordel::Audio::Encode::WAV {
+
+using namespace Cordel::Audio::detail;
 
 Encoder::Encoder(FilePath const& path, WaveFormat const& format) : PCMEncoder(path, format, false) {}
 
