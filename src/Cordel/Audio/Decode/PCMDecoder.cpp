@@ -21,7 +21,8 @@ using namespace Cordel::Audio::detail;
 // per piece instead of one per request, and the copy out of the page cache lands in memory the
 // cache still holds when the conversion reads it. The stage holds frames [stageFirst, stageEnd),
 // already in little-endian offset form; raw reads and Seek never touch it.
-class PCMDecoder::Reading {
+// Hidden, although nested in an exported class: nothing outside the library names it.
+class __attribute__((visibility("hidden"))) PCMDecoder::Reading {
 public:
     enum class Target { Float, Double, Int16 };
 
