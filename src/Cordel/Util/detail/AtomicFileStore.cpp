@@ -78,9 +78,15 @@ bool AtomicFileStore::Replace(std::string_view text) const
 
 bool AtomicFileStore::MoveAside() const
 {
+    // The placeholder reserves a name that nothing else takes; the file then renames over it.
     std::string aside = path + ".corrupt-XXXXXX";
     Descriptor placeholder(::mkostemp(aside.data(), O_CLOEXEC));
-    return placeholder.IsOpen() && ::rename(path.c_str(), aside.c_str()) == 0;
+    if (!placeholder.IsOpen())
+        return false;
+    if (::rename(path.c_str(), aside.c_str()) == 0)
+        return true;
+    ::unlink(aside.c_str());
+    return false;
 }
 
 void SyncFolder(std::string const& folder)
