@@ -57,7 +57,7 @@ std::optional<AtomicFileStore> storeOf(String const& name, PreferenceDomain doma
 
 enum class Loaded { Missing, Parsed, Corrupt, Unreadable };
 
-// Anything but a parsed file leaves doc empty.
+// Unless the file parses, doc is left empty.
 Loaded load(AtomicFileStore const& store, PreferenceDocument& doc)
 {
     AtomicFileStore::Contents const contents = store.Read(maxFileSize);
