@@ -1,6 +1,7 @@
 #include <Cordel/Util/File.h>
 
 #include <Cordel/Util/FileIOException.h>
+#include <Cordel/Util/detail/Descriptor.h>
 #include <Cordel/Util/detail/FileTimes.h>
 #include <Cordel/Util/detail/Throw.h>
 
@@ -139,18 +140,9 @@ std::size_t writeBlock(std::FILE* f, char const* src, unsigned int count, bool w
         return ::fwrite_unlocked(src, 1, count, f);
     if (::fflush_unlocked(f) != 0)
         return 0;
-    std::size_t done = 0;
-    while (done < count) {
-        ssize_t const put = ::write(::fileno(f), src + done, count - done);
-        if (put > 0) {
-            done += static_cast<std::size_t>(put);
-        } else if (put < 0 && errno == EINTR) {
-            continue;
-        } else {
-            f->_flags |= _IO_ERR_SEEN;
-            break;
-        }
-    }
+    std::size_t const done = detail::WriteAll(::fileno(f), src, count);
+    if (done < count)
+        f->_flags |= _IO_ERR_SEEN;
     if (f->_offset >= 0)
         f->_offset += static_cast<off64_t>(done);
     return done;

@@ -2,6 +2,7 @@
 
 #include <Cordel/Util/FileIOException.h>
 #include <Cordel/Util/detail/Throw.h>
+#include <Cordel/Util/detail/XdgFolders.h>
 
 #include <dlfcn.h>
 #include <fcntl.h>
@@ -18,15 +19,6 @@
 namespace Cordel::Util {
 
 namespace {
-
-// The variable's value when it is an absolute path; unset otherwise.
-checked_value<String> absoluteVariable(char const* name)
-{
-    char const* value = std::getenv(name);
-    if (!value || value[0] != '/')
-        return {};
-    return String(value);
-}
 
 // The file name part of a path text.
 std::string_view fileNameOf(std::string_view path)
@@ -110,25 +102,17 @@ FolderPath GetAlternateSystemFontFolder()
 
 FolderPath GetUserApplicationDataFolder()
 {
-    checked_value<String> const dataHome = absoluteVariable("XDG_DATA_HOME");
-    return FolderPath(dataHome.IsSet() ? dataHome.Get() : String("~/.local/share"));
+    return FolderPath(String(detail::UserDataFolder()));
 }
 
 FolderPath GetSystemApplicationDataFolder()
 {
-    if (char const* dirs = std::getenv("XDG_DATA_DIRS")) {
-        std::vector<String> entries;
-        String(dirs).Split(':', entries);
-        for (String const& entry : entries)
-            if (entry.BeginsWith("/"))
-                return FolderPath(entry);
-    }
-    return FolderPath("/usr/local/share/");
+    return FolderPath(String(detail::SystemDataFolder()));
 }
 
 FolderPath GetSystemTempFolder()
 {
-    return FolderPath(absoluteVariable("TMPDIR").GetOr("/tmp"));
+    return FolderPath(String(detail::AbsolutePathVariable("TMPDIR").value_or("/tmp")));
 }
 
 FilePath GetTempFile(FilePath const& pattern, bool inSystemTempFolder, unsigned int randomCharacters)

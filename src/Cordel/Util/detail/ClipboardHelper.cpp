@@ -16,6 +16,8 @@
 //
 // Exit codes: 0 done, 1 not on offer, 2 no display, 3 more than MAX bytes, 4 any other failure.
 
+#include <Cordel/Util/detail/Descriptor.h>
+
 #include <X11/Xatom.h>
 #include <X11/Xlib.h>
 
@@ -32,6 +34,9 @@
 #include <vector>
 
 namespace {
+
+using Cordel::Util::detail::ReadAll;
+using Cordel::Util::detail::WriteAll;
 
 enum ExitCode { Done = 0, NotOnOffer = 1, NoDisplay = 2, TooLarge = 3, Failed = 4 };
 
@@ -77,40 +82,7 @@ int displayLost(Display*)
     std::_Exit(Done);
 }
 
-bool readAll(int fd, Bytes& out)
-{
-    unsigned char buffer[65536];
-    for (;;) {
-        ssize_t const n = ::read(fd, buffer, sizeof buffer);
-        if (n == 0)
-            return true;
-        if (n < 0) {
-            if (errno == EINTR)
-                continue;
-            return false;
-        }
-        if (out.size() + std::size_t(n) > maxServeBytes)
-            return false;
-        out.insert(out.end(), buffer, buffer + n);
-    }
-}
-
-bool writeAll(int fd, unsigned char const* data, std::size_t size)
-{
-    while (size > 0) {
-        ssize_t const n = ::write(fd, data, size);
-        if (n < 0) {
-            if (errno == EINTR)
-                continue;
-            return false;
-        }
-        data += n;
-        size -= std::size_t(n);
-    }
-    return true;
-}
-
-bool takeField(Bytes const& input, std::size_t& at, Bytes& field)
+bool takeField(std::string const& input, std::size_t& at, Bytes& field)
 {
     std::uint32_t length = 0;
     if (input.size() - at < sizeof length)
@@ -124,7 +96,7 @@ bool takeField(Bytes const& input, std::size_t& at, Bytes& field)
     return true;
 }
 
-bool parseEntries(Display* d, Bytes const& input, std::vector<Entry>& entries)
+bool parseEntries(Display* d, std::string const& input, std::vector<Entry>& entries)
 {
     std::size_t at = 0;
     while (at < input.size()) {
@@ -313,16 +285,16 @@ private:
 void reportReady()
 {
     static char const ok[] = "ok\n";
-    writeAll(STDOUT_FILENO, reinterpret_cast<unsigned char const*>(ok), sizeof ok - 1);
+    WriteAll(STDOUT_FILENO, ok, sizeof ok - 1);
 }
 
 int serve(Display* d)
 {
-    Bytes input;
+    std::string input;
     std::vector<Entry> entries;
-    if (!readAll(STDIN_FILENO, input) || !parseEntries(d, input, entries))
+    if (!ReadAll(STDIN_FILENO, input, maxServeBytes) || !parseEntries(d, input, entries))
         return Failed;
-    input = Bytes();
+    input = std::string();
     bool const empty = entries.empty();
     Server server(d, std::move(entries));
     if (!server.Take())
@@ -445,7 +417,7 @@ int targets(Display* d)
             XFree(name);
         }
     }
-    return writeAll(STDOUT_FILENO, reinterpret_cast<unsigned char const*>(text.data()), text.size()) ? Done : Failed;
+    return WriteAll(STDOUT_FILENO, text.data(), text.size()) == text.size() ? Done : Failed;
 }
 
 int get(Display* d, char const* maxText, char** names, int count)
@@ -465,7 +437,7 @@ int get(Display* d, char const* maxText, char** names, int count)
             continue;
         if (result != Done)
             return result;
-        return writeAll(STDOUT_FILENO, data.data(), data.size()) ? Done : Failed;
+        return WriteAll(STDOUT_FILENO, data.data(), data.size()) == data.size() ? Done : Failed;
     }
     return NotOnOffer;
 }

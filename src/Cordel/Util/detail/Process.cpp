@@ -1,5 +1,7 @@
 #include <Cordel/Util/detail/Process.h>
 
+#include <Cordel/Util/detail/Descriptor.h>
+
 #include <fcntl.h>
 #include <poll.h>
 #include <signal.h>
@@ -28,26 +30,6 @@ std::vector<char*> argv(std::string const& name, std::vector<std::string> const&
     return v;
 }
 
-class Descriptor {
-public:
-    Descriptor() = default;
-    explicit Descriptor(int fd) : fd(fd) {}
-    Descriptor(Descriptor const&) = delete;
-    Descriptor& operator=(Descriptor const&) = delete;
-    ~Descriptor() { Close(); }
-    int Get() const { return fd; }
-    int* Out() { return &fd; }
-    void Close()
-    {
-        if (fd >= 0)
-            ::close(fd);
-        fd = -1;
-    }
-
-private:
-    int fd = -1;
-};
-
 class FileActions {
 public:
     FileActions() { ::posix_spawn_file_actions_init(&actions); }
@@ -67,8 +49,8 @@ bool socketPair(Descriptor& ours, Descriptor& theirs)
     int fds[2];
     if (::socketpair(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0, fds) != 0)
         return false;
-    *ours.Out() = fds[0];
-    *theirs.Out() = fds[1];
+    ours = Descriptor(fds[0]);
+    theirs = Descriptor(fds[1]);
     return true;
 }
 
@@ -184,23 +166,23 @@ bool SpawnDetached(char const* file, std::vector<std::string> const& args)
         ::posix_spawnattr_destroy(&attributes);
         return false;
     }
+    Descriptor readEnd(ready[0]), writeEnd(ready[1]);
     pid_t const intermediate = ::fork();
     if (intermediate == 0) {
         pid_t pid = 0;
         char const started = ::posix_spawnp(&pid, file, actions.Get(), &attributes, v.data(), environ) == 0;
-        (void)!::write(ready[1], &started, 1);
+        WriteAll(writeEnd.Get(), &started, 1);
         ::_exit(0);
     }
-    ::close(ready[1]);
-    char started = 0;
+    writeEnd.Close();
+    // The answer is one byte, and the pipe ends when the intermediate does.
+    std::string answer;
     if (intermediate > 0) {
-        while (::read(ready[0], &started, 1) < 0 && errno == EINTR) {
-        }
+        ReadAll(readEnd.Get(), answer, 1);
         waitExit(intermediate);
     }
-    ::close(ready[0]);
     ::posix_spawnattr_destroy(&attributes);
-    return started != 0;
+    return answer.size() == 1 && answer[0] != 0;
 }
 
 } // namespace Cordel::Util::detail
