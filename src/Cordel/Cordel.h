@@ -52,6 +52,8 @@
 #include <Cordel/Util/FileStream.h>
 #include <Cordel/Util/MetaObject.h>
 #include <Cordel/Util/Object.h>
+#include <Cordel/Util/ObjectInvoke.h>
+#include <Cordel/Util/SignalProxy.h>
 #include <Cordel/Util/Signals.h>
 #include <Cordel/Util/SystemFolders.h>
 #include <Cordel/Util/Clipboard.h>

@@ -1,5 +1,6 @@
 #include <Cordel/Util/CommandPipe.h>
 #include <Cordel/Util/Time.h>
+#include <Cordel/Util/detail/RecursiveMutex.h>
 
 namespace Cordel::Atomic {
 
@@ -37,6 +38,7 @@ CommandPipe::CommandPipe(String const& name, void* context, unsigned int size,
       externalLock(externalLock),
       highActive(false),
       lastHighTick(0),
+      highThread(nullptr),
       tickClock(&Util::GetTickCountMillis)
 {
 }
@@ -47,6 +49,7 @@ void CommandPipe::ProcessHigh()
 {
     highActive.store(true, std::memory_order_relaxed);
     AtomicWrite(lastHighTick, tickClock());
+    highThread.store(detail::callerIdentity(), std::memory_order_relaxed);
     drainHigh();
 }
 
@@ -60,6 +63,7 @@ void CommandPipe::StopHigh()
 {
     Hold hold(externalLock);
     highActive.store(false, std::memory_order_relaxed);
+    highThread.store(nullptr, std::memory_order_relaxed);
     drainHigh();
 }
 
@@ -117,14 +121,23 @@ void CommandPipe::pushHigh(Command* command)
     wake(highWait);
 }
 
-bool CommandPipe::highSideAlive()
+bool CommandPipe::IsHighSideRunning() const
 {
     if (!highActive.load(std::memory_order_relaxed))
         return false;
-    if (!watchdogTimeout.IsSet())
-        return true;
     // Unsigned 32-bit arithmetic, as the tick itself is.
-    if (tickClock() < AtomicRead(lastHighTick) + watchdogTimeout.Get())
+    return !watchdogTimeout.IsSet() || tickClock() < AtomicRead(lastHighTick) + watchdogTimeout.Get();
+}
+
+bool CommandPipe::IsHighThread() const
+{
+    return highThread.load(std::memory_order_relaxed) == detail::callerIdentity();
+}
+
+// A high side found silent stays stopped until its next ProcessHigh.
+bool CommandPipe::highSideAlive()
+{
+    if (IsHighSideRunning())
         return true;
     highActive.store(false, std::memory_order_relaxed);
     return false;
