@@ -1,0 +1,154 @@
+// labels: threads
+// Running a posted call whose arguments are numbers must not allocate on the high side. This
+// program replaces the allocator to count the allocations made on the high thread while it runs.
+#include <Cordel/Util/ObjectInvoke.h>
+#include <Cordel/Util/Signals.h>
+
+#include <gtest/gtest.h>
+
+#include <atomic>
+#include <chrono>
+#include <cstdlib>
+#include <new>
+#include <thread>
+
+extern "C" void* __libc_malloc(size_t);
+extern "C" void* __libc_calloc(size_t, size_t);
+extern "C" void* __libc_realloc(void*, size_t);
+
+namespace {
+
+thread_local bool counting = false;
+std::atomic<long> highAllocations{0};
+
+void note()
+{
+    if (counting)
+        ++highAllocations;
+}
+
+} // namespace
+
+#if !defined(__SANITIZE_ADDRESS__) && !defined(__SANITIZE_THREAD__)
+extern "C" void* malloc(size_t n)
+{
+    note();
+    return __libc_malloc(n);
+}
+extern "C" void* calloc(size_t n, size_t size)
+{
+    note();
+    return __libc_calloc(n, size);
+}
+extern "C" void* realloc(void* p, size_t n)
+{
+    note();
+    return __libc_realloc(p, n);
+}
+#else
+// The sanitizers own the C allocator; count at the C++ level.
+#pragma GCC diagnostic ignored "-Wmismatched-new-delete"
+void* operator new(size_t n)
+{
+    note();
+    if (void* p = std::malloc(n ? n : 1))
+        return p;
+    throw std::bad_alloc();
+}
+void operator delete(void* p) noexcept
+{
+    std::free(p);
+}
+void operator delete(void* p, size_t) noexcept
+{
+    std::free(p);
+}
+#endif
+
+using namespace Cordel;
+using namespace Cordel::Util;
+
+namespace {
+
+// A processor on the high side: a slot, and a signal that a meter on the same side listens to.
+class Processor : public Object {
+    CORDEL_OBJECT(Processor, Object)
+public:
+    void setParameter(unsigned int n, float v) { sum += n * v; }
+    void bypass(bool on) { bypassed = on; }
+    void changed(unsigned int n, double v) { Emit<&Processor::changed>(n, v); }
+    double sum = 0;
+    bool bypassed = false;
+    CORDEL_SIGNALS(CORDEL_MEMBER(changed, "changed(uint,double)"))
+    CORDEL_SLOTS(CORDEL_MEMBER(setParameter, "setParameter(uint,float)"), CORDEL_MEMBER(bypass, "bypass(bool)"))
+};
+
+class Meter : public Object {
+    CORDEL_OBJECT(Meter, Object)
+public:
+    void show(unsigned int, double v) { last = v; }
+    double last = 0;
+    CORDEL_SLOTS(CORDEL_MEMBER(show, "show(uint,double)"))
+};
+
+// Deleted by the low side, which counts it.
+struct Counted : ObjectInvokeImpl {
+    using ObjectInvokeImpl::ObjectInvokeImpl;
+    ~Counted() override { ++*deletions; }
+    int* deletions = nullptr;
+};
+
+} // namespace
+
+TEST(ObjectInvokeAllocation, HighSideRunsNumberCallsWithoutAllocating)
+{
+    Atomic::CriticalSection external("external");
+    Atomic::CommandPipe pipe("alloc", nullptr, 256, {}, external);
+    Processor processor;
+    Meter meter;
+    ASSERT_TRUE(Object::Connect(&processor, "2changed(uint,double)", &meter, "1show(uint,double)"));
+
+    constexpr int total = 150000;
+    constexpr int inFlight = 200; // below the ring size, so that no ring has to grow
+    std::atomic<bool> stop{false};
+    long countedByHand = 0;
+    std::thread high([&] {
+        counting = true;
+        ::operator delete(::operator new(8)); // proves that the count sees this thread's allocations
+        countedByHand = highAllocations.exchange(0);
+        while (!stop.load()) {
+            pipe.ProcessHigh();
+            std::this_thread::yield();
+        }
+        counting = false;
+        pipe.StopHigh();
+    });
+
+    auto const limit = std::chrono::steady_clock::now() + std::chrono::minutes(5);
+    int posted = 0;
+    int deleted = 0;
+    while (deleted < total && std::chrono::steady_clock::now() < limit) {
+        while (posted < total && posted - deleted < inFlight) {
+            Counted* call;
+            switch (posted % 3) {
+            case 0: call = new Counted(&processor, "1setParameter(uint,float)", 3u, 0.5f); break;
+            case 1: call = new Counted(&processor, "2changed(uint,double)", 1u, 0.25); break;
+            default: call = new Counted(&processor, "1bypass(bool)", posted % 2 == 0); break;
+            }
+            call->deletions = &deleted;
+            pipe.PostHigh(call);
+            ++posted;
+        }
+        pipe.ProcessLow();
+        std::this_thread::yield();
+    }
+    stop = true;
+    high.join();
+    pipe.ProcessLow();
+
+    EXPECT_EQ(countedByHand, 1);
+    EXPECT_EQ(deleted, total);
+    EXPECT_EQ(highAllocations.load(), 0);
+    EXPECT_DOUBLE_EQ(processor.sum, 1.5 * ((total + 2) / 3));
+    EXPECT_EQ(meter.last, 0.25);
+}
