@@ -5,6 +5,8 @@
 
 #include <atomic>
 #include <chrono>
+#include <string>
+#include <string_view>
 
 namespace Cordel::Util {
 
@@ -20,16 +22,6 @@ struct InvokeCompletion {
     Atomic::WaitCondition finished{"invocation finished"};
 };
 
-InvokeArguments::InvokeArguments(std::initializer_list<char const*> words) : signature("(")
-{
-    for (char const* word : words) {
-        if (signature.size() > 1)
-            signature += ',';
-        signature += word;
-    }
-    signature += ')';
-}
-
 } // namespace detail
 
 namespace {
@@ -41,41 +33,51 @@ namespace {
 
 } // namespace
 
-ObjectInvokeImpl::ObjectInvokeImpl(Object* target, char const* member,
-                                   std::unique_ptr<detail::InvokeArguments> values)
-    : receiver(target), type(0), index(0), arguments(std::move(values)), gate(nullptr)
+ObjectInvokeImpl::ObjectInvokeImpl(Object* target, char const* member, std::initializer_list<char const*> words)
+    : receiver(target), gate(nullptr), arguments(nullptr), index(0), type(0)
 {
     if (!receiver || !member)
         refuse("ObjectInvokeImpl: no receiver or no member", CORDEL_HERE);
-    std::string const text = detail::normalizeSignature(member);
+    // A signature without white space is already in normal form: spare the copy.
+    std::string normalized;
+    std::string_view text(member);
+    if (text.find_first_of(" \t") != std::string_view::npos)
+        text = normalized = detail::normalizeSignature(member);
     MetaObject const* meta = receiver->GetMetaObject();
     checked_value<unsigned int> found;
     if (!text.empty() && text[0] == '1')
-        found = meta->GetSlotIndex(text.c_str() + 1, true);
+        found = meta->GetSlotIndex(text.data() + 1, true);
     else if (!text.empty() && text[0] == '2')
-        found = meta->GetSignalIndex(text.c_str() + 1, true);
+        found = meta->GetSignalIndex(text.data() + 1, true);
     else
         refuse(String("ObjectInvokeImpl: \"%1\" lacks the '1' or '2' prefix").Arg(member), CORDEL_HERE);
     if (!found.IsSet())
         refuse(String("ObjectInvokeImpl: %1 has no %2 \"%3\"")
                    .Arg(meta->GetClassName())
                    .Arg(text[0] == '1' ? "slot" : "signal")
-                   .Arg(text.c_str() + 1),
+                   .Arg(text.data() + 1),
                CORDEL_HERE);
     type = text[0];
     index = found.Get();
     char const* const signature =
         type == '1' ? meta->GetSlotMetaData(index, true) : meta->GetSignalMetaData(index, true);
     // The arguments play the part of a signal's: the member may take them, a leading part, or none.
-    std::string const given = "call" + arguments->Signature();
+    // Only the lists after '(' are compared, so the bare list stands for a signal's signature.
+    std::string given = "(";
+    for (char const* word : words)
+        given.append(given.size() > 1 ? "," : "").append(word);
+    given += ')';
     if (!Object::CheckConnectArgs(given.c_str(), signature))
-        refuse(String("ObjectInvokeImpl: arguments %1 do not fit \"%2\"").Arg(arguments->Signature().c_str()).Arg(signature),
-               CORDEL_HERE);
+        refuse(String("ObjectInvokeImpl: arguments %1 do not fit \"%2\"").Arg(given.c_str()).Arg(signature), CORDEL_HERE);
     gate = receiver->shareInvokeGate();
 }
 
 ObjectInvokeImpl::~ObjectInvokeImpl()
 {
+    if (static_cast<void*>(arguments) == inlineArguments)
+        arguments->~InvokeArguments();
+    else
+        delete arguments;
     if (gate)
         gate->Release();
 }

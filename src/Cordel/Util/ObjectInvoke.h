@@ -31,9 +31,10 @@
 #include <Cordel/common/Types.h>
 
 #include <cstddef>
+#include <cstdint>
 #include <initializer_list>
 #include <memory>
-#include <string>
+#include <new>
 #include <tuple>
 #include <type_traits>
 #include <utility>
@@ -93,22 +94,16 @@ struct InvokeType<std::vector<unsigned char>> {
 };
 
 // The copied arguments of one call, with a pointer to each as a member expects them.
-class CORDEL_API InvokeArguments {
+class InvokeArguments {
 public:
     virtual ~InvokeArguments() = default;
     std::vector<void*> const& Pointers() const { return pointers; }
-    // The argument list as a signature would spell it, "(uint,float)".
-    std::string const& Signature() const { return signature; }
     // Called on the thread that ran the call: gives up this call's share of any text that the
     // member kept a copy of, so that deleting the call on another thread touches no shared count.
     virtual void LetGoOfSharedText() = 0;
 
 protected:
-    // The type words of the arguments, in order.
-    explicit InvokeArguments(std::initializer_list<char const*> words);
-
     std::vector<void*> pointers;
-    std::string signature;
 };
 
 inline String unsharedCopy(String const& s) { return String(s.View()); }
@@ -122,7 +117,7 @@ T const& unsharedCopy(T const& v)
 template <typename... A>
 class InvokeValues final : public InvokeArguments {
 public:
-    explicit InvokeValues(A const&... a) : InvokeArguments({InvokeType<A>::word...}), values(unsharedCopy(a)...)
+    explicit InvokeValues(A const&... a) : values(unsharedCopy(a)...)
     {
         std::apply([this](auto&... v) { pointers = {static_cast<void*>(&v)...}; }, values);
     }
@@ -157,9 +152,13 @@ public:
     // class has no such member, or the arguments do not fit it.
     template <typename... A>
     ObjectInvokeImpl(Object* receiver, char const* member, A const&... args)
-        : ObjectInvokeImpl(receiver, member,
-                           std::unique_ptr<detail::InvokeArguments>(new detail::InvokeValues<std::decay_t<A>...>(args...)))
+        : ObjectInvokeImpl(receiver, member, {detail::InvokeType<std::decay_t<A>>::word...})
     {
+        using Values = detail::InvokeValues<std::decay_t<A>...>;
+        if constexpr (sizeof(Values) <= sizeof(inlineArguments) && alignof(Values) <= alignof(std::uint64_t))
+            arguments = new (inlineArguments) Values(args...);
+        else
+            arguments = new Values(args...);
     }
     ~ObjectInvokeImpl() override;
 
@@ -187,15 +186,19 @@ public:
     static void Revoke(Object* receiver);
 
 private:
-    ObjectInvokeImpl(Object* receiver, char const* member, std::unique_ptr<detail::InvokeArguments> arguments);
+    // Finds the member and checks the arguments' type words against it.
+    ObjectInvokeImpl(Object* receiver, char const* member, std::initializer_list<char const*> words);
     bool run();
 
+    // What the running side reads comes first, so that it spans as few cache lines as it can.
     Object* receiver;
-    char type;          // '1' a slot, '2' a signal
-    unsigned int index; // the member's index in the receiver's class chain
-    std::unique_ptr<detail::InvokeArguments> arguments;
     detail::InvokeGate* gate; // shared with the receiver
+    detail::InvokeArguments* arguments; // in `inlineArguments` when they fit, else its own block
     std::shared_ptr<detail::InvokeCompletion> completion; // set while a caller waits
+    unsigned int index; // the member's index in the receiver's class chain
+    char type;          // '1' a slot, '2' a signal
+    // Numbers and a text fit here, sparing the call an allocation and its runner a cache line.
+    alignas(std::uint64_t) unsigned char inlineArguments[48];
 };
 
 } // namespace Cordel::Util

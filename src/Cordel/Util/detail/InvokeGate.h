@@ -53,8 +53,10 @@ private:
     ~InvokeGate() = default;
     unsigned int passesOfThisThread() const;
 
-    std::atomic<std::uint32_t> holders{1};
-    std::atomic<std::uint32_t> state{0}; // closedBit | the number of calls inside
+    // Calls are built and deleted on one side and run on the other: the two counts sit on lines
+    // of their own so that the sides do not take the line from each other.
+    alignas(64) std::atomic<std::uint32_t> holders{1};
+    alignas(64) std::atomic<std::uint32_t> state{0}; // closedBit | the number of calls inside
 };
 
 } // namespace Cordel::Util::detail
