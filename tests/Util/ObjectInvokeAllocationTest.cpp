@@ -5,65 +5,11 @@
 #include <Cordel/Util/Signals.h>
 
 #include <gtest/gtest.h>
+#include <ThreadAllocationCount.h>
 
 #include <atomic>
 #include <chrono>
-#include <cstdlib>
-#include <new>
 #include <thread>
-
-extern "C" void* __libc_malloc(size_t);
-extern "C" void* __libc_calloc(size_t, size_t);
-extern "C" void* __libc_realloc(void*, size_t);
-
-namespace {
-
-thread_local bool counting = false;
-std::atomic<long> highAllocations{0};
-
-void note()
-{
-    if (counting)
-        ++highAllocations;
-}
-
-} // namespace
-
-#if !defined(__SANITIZE_ADDRESS__) && !defined(__SANITIZE_THREAD__)
-extern "C" void* malloc(size_t n)
-{
-    note();
-    return __libc_malloc(n);
-}
-extern "C" void* calloc(size_t n, size_t size)
-{
-    note();
-    return __libc_calloc(n, size);
-}
-extern "C" void* realloc(void* p, size_t n)
-{
-    note();
-    return __libc_realloc(p, n);
-}
-#else
-// The sanitizers own the C allocator; count at the C++ level.
-#pragma GCC diagnostic ignored "-Wmismatched-new-delete"
-void* operator new(size_t n)
-{
-    note();
-    if (void* p = std::malloc(n ? n : 1))
-        return p;
-    throw std::bad_alloc();
-}
-void operator delete(void* p) noexcept
-{
-    std::free(p);
-}
-void operator delete(void* p, size_t) noexcept
-{
-    std::free(p);
-}
-#endif
 
 using namespace Cordel;
 using namespace Cordel::Util;
@@ -113,14 +59,14 @@ TEST(ObjectInvokeAllocation, HighSideRunsNumberCallsWithoutAllocating)
     std::atomic<bool> stop{false};
     long countedByHand = 0;
     std::thread high([&] {
-        counting = true;
+        CordelTest::countThisThread = true;
         ::operator delete(::operator new(8)); // proves that the count sees this thread's allocations
-        countedByHand = highAllocations.exchange(0);
+        countedByHand = CordelTest::threadAllocations.exchange(0);
         while (!stop.load()) {
             pipe.ProcessHigh();
             std::this_thread::yield();
         }
-        counting = false;
+        CordelTest::countThisThread = false;
         pipe.StopHigh();
     });
 
@@ -148,7 +94,7 @@ TEST(ObjectInvokeAllocation, HighSideRunsNumberCallsWithoutAllocating)
 
     EXPECT_EQ(countedByHand, 1);
     EXPECT_EQ(deleted, total);
-    EXPECT_EQ(highAllocations.load(), 0);
+    EXPECT_EQ(CordelTest::threadAllocations.load(), 0);
     EXPECT_DOUBLE_EQ(processor.sum, 1.5 * ((total + 2) / 3));
     EXPECT_EQ(meter.last, 0.25);
 }
