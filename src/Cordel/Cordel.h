@@ -72,6 +72,8 @@
 // Objects, signals and slots.
 #include <Cordel/Util/MetaObject.h>
 #include <Cordel/Util/Object.h>
+#include <Cordel/Util/ObjectInvoke.h>
+#include <Cordel/Util/SignalProxy.h>
 #include <Cordel/Util/Signals.h>
 
 // MIDI files.

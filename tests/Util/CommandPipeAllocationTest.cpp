@@ -4,68 +4,12 @@
 #include <Cordel/Util/CommandPipe.h>
 
 #include <gtest/gtest.h>
+#include <ThreadAllocationCount.h>
 
 #include <atomic>
 #include <chrono>
-#include <cstdlib>
-#include <new>
 #include <thread>
 #include <vector>
-
-extern "C" void* __libc_malloc(size_t);
-extern "C" void* __libc_calloc(size_t, size_t);
-extern "C" void* __libc_realloc(void*, size_t);
-
-namespace {
-
-thread_local bool counting = false;
-std::atomic<long> highAllocations{0};
-
-void note()
-{
-    if (counting)
-        ++highAllocations;
-}
-
-} // namespace
-
-#if !defined(__SANITIZE_ADDRESS__) && !defined(__SANITIZE_THREAD__)
-// Every operator new of the C++ library allocates through these.
-extern "C" void* malloc(size_t n)
-{
-    note();
-    return __libc_malloc(n);
-}
-extern "C" void* calloc(size_t n, size_t size)
-{
-    note();
-    return __libc_calloc(n, size);
-}
-extern "C" void* realloc(void* p, size_t n)
-{
-    note();
-    return __libc_realloc(p, n);
-}
-#else
-// The sanitizers own the C allocator; count at the C++ level, with a matching delete (which the
-// compiler cannot see pairs new-over-malloc with delete-over-free).
-#pragma GCC diagnostic ignored "-Wmismatched-new-delete"
-void* operator new(size_t n)
-{
-    note();
-    if (void* p = std::malloc(n ? n : 1))
-        return p;
-    throw std::bad_alloc();
-}
-void operator delete(void* p) noexcept
-{
-    std::free(p);
-}
-void operator delete(void* p, size_t) noexcept
-{
-    std::free(p);
-}
-#endif
 
 using namespace Cordel;
 using namespace Cordel::Atomic;
@@ -111,7 +55,7 @@ TEST(CommandPipeAllocation, HighSideAllocatesNothingInSteadyState)
     std::atomic<bool> highDone{false};
     std::atomic<bool> lowBehind{false};
     std::thread high([&] {
-        counting = true;
+        CordelTest::countThisThread = true;
         auto const limit = std::chrono::steady_clock::now() + std::chrono::minutes(5);
         for (int i = 0; i < rounds; ++i) {
             pipe.ProcessHigh();
@@ -126,7 +70,7 @@ TEST(CommandPipeAllocation, HighSideAllocatesNothingInSteadyState)
                 pipe.PostLow(replies[k]);
             }
         }
-        counting = false;
+        CordelTest::countThisThread = false;
         highDone = true;
     });
     while (!highDone) {
@@ -137,7 +81,7 @@ TEST(CommandPipeAllocation, HighSideAllocatesNothingInSteadyState)
     pipe.ProcessLow();
 
     EXPECT_FALSE(lowBehind.load());
-    EXPECT_EQ(highAllocations.load(), 0);
+    EXPECT_EQ(CordelTest::threadAllocations.load(), 0);
     EXPECT_EQ(repliesDeleted.load(), rounds / replyEvery);
 
     // Finished from outside, the circling commands are handed over and deleted by the low side.

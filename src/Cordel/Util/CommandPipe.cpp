@@ -1,6 +1,7 @@
 #include <Cordel/Util/CommandPipe.h>
 #include <Cordel/Util/Time.h>
 #include <Cordel/Util/detail/CommandPipeClock.h>
+#include <Cordel/Util/detail/RecursiveMutex.h>
 
 namespace Cordel::Atomic {
 
@@ -41,7 +42,8 @@ CommandPipe::CommandPipe(String const& name, void* context, unsigned int size,
       watchdogTimeout(watchdogTimeoutMs),
       externalLock(externalLock),
       highActive(false),
-      lastHighTick(0)
+      lastHighTick(0),
+      highThread(nullptr)
 {
 }
 
@@ -51,6 +53,7 @@ void CommandPipe::ProcessHigh()
 {
     highActive.store(true, std::memory_order_relaxed);
     AtomicWrite(lastHighTick, detail::watchdogClock());
+    highThread.store(detail::callerIdentity(), std::memory_order_relaxed);
     drainHigh();
 }
 
@@ -64,6 +67,7 @@ void CommandPipe::StopHigh()
 {
     Hold hold(externalLock);
     highActive.store(false, std::memory_order_relaxed);
+    highThread.store(nullptr, std::memory_order_relaxed);
     drainHigh();
 }
 
@@ -121,14 +125,23 @@ void CommandPipe::pushHigh(Command* command)
     wake(highWait);
 }
 
-bool CommandPipe::highSideAlive()
+bool CommandPipe::IsHighSideRunning() const
 {
     if (!highActive.load(std::memory_order_relaxed))
         return false;
-    if (!watchdogTimeout.IsSet())
-        return true;
     // Unsigned 32-bit arithmetic, as the tick itself is.
-    if (detail::watchdogClock() < AtomicRead(lastHighTick) + watchdogTimeout.Get())
+    return !watchdogTimeout.IsSet() || detail::watchdogClock() < AtomicRead(lastHighTick) + watchdogTimeout.Get();
+}
+
+bool CommandPipe::IsHighThread() const
+{
+    return highThread.load(std::memory_order_relaxed) == detail::callerIdentity();
+}
+
+// A high side found silent stays stopped until its next ProcessHigh.
+bool CommandPipe::highSideAlive()
+{
+    if (IsHighSideRunning())
         return true;
     highActive.store(false, std::memory_order_relaxed);
     return false;

@@ -72,6 +72,13 @@ public:
     void PostHigh(Command* command) override;
     void SetLowWaitCondition(WaitCondition* condition) override;
 
+    // For a low-side caller that means to wait for a command it posts with PostHigh. The high
+    // side is running while its thread calls ProcessHigh, has not called StopHigh and has not
+    // been silent past the watchdog; otherwise the low side's take-over runs the high queue.
+    bool IsHighSideRunning() const;
+    // Whether the calling thread is the one that last called ProcessHigh and has not stopped.
+    bool IsHighThread() const;
+
 private:
     void drainHigh();
     void pushLow(Command* command);
@@ -89,6 +96,7 @@ private:
     CriticalSection& externalLock;
     std::atomic<bool> highActive;
     volatile unsigned int lastHighTick;
+    std::atomic<void const*> highThread; // identity of the thread calling ProcessHigh, or null
 };
 
 } // namespace Cordel::Atomic

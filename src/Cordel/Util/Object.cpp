@@ -1,5 +1,6 @@
 #include <Cordel/Util/Object.h>
 #include <Cordel/Util/detail/Connection.h>
+#include <Cordel/Util/detail/InvokeGate.h>
 #include <Cordel/Util/detail/Signature.h>
 
 #include <algorithm>
@@ -47,10 +48,16 @@ struct ObjectMetaObjectHolder {
 
 MetaObject const* Object::g_pMetaObject = nullptr;
 
-Object::Object(String const& objectName) : name(objectName), tag(0) {}
+Object::Object(String const& objectName) : name(objectName), tag(0), invokeGate(nullptr) {}
 
 Object::~Object()
 {
+    // First, so that no posted call starts while the object comes apart.
+    if (detail::InvokeGate* const gate = invokeGate.load(std::memory_order_acquire)) {
+        gate->Close();
+        gate->Release();
+    }
+
     std::vector<Object*> const owned = std::move(autoDelete);
     for (Object* o : owned)
         delete o;
@@ -65,6 +72,21 @@ Object::~Object()
                 eraseConnection(c->receiver->incoming, c.get());
         delete list;
     }
+}
+
+// Calls may be built for one receiver on several threads at once: the first to install a gate wins.
+detail::InvokeGate* Object::shareInvokeGate()
+{
+    detail::InvokeGate* gate = invokeGate.load(std::memory_order_acquire);
+    if (!gate) {
+        auto* const made = new detail::InvokeGate;
+        if (invokeGate.compare_exchange_strong(gate, made, std::memory_order_acq_rel))
+            gate = made;
+        else
+            made->Release();
+    }
+    gate->Retain();
+    return gate;
 }
 
 int Object::Object_Emit(unsigned int, std::vector<void*> const&) { return 0; }

@@ -14,7 +14,8 @@
 //
 // Lifetime rules:
 // - Destroying a receiver cuts every link to it: the sender skips it from then on, even within
-//   an emission that is running.
+//   an emission that is running. Calls posted to it through an invocation (see
+//   <Cordel/Util/ObjectInvoke.h>) that have not run yet do nothing.
 // - Destroying a sender drops its connections. A sender must not be destroyed by a member that
 //   one of its own emissions is calling.
 // - An object owns the objects given to `AddAutoDelete` and destroys them first in its
@@ -26,6 +27,7 @@
 #include <Cordel/common/String.h>
 #include <Cordel/common/Types.h>
 
+#include <atomic>
 #include <cstdint>
 #include <vector>
 
@@ -33,7 +35,8 @@ namespace Cordel::Util {
 
 namespace detail {
 struct Access;
-}
+class InvokeGate;
+} // namespace detail
 
 // One link from a signal to a receiver (defined inside the library).
 struct Connection;
@@ -97,6 +100,7 @@ public:
 
 protected:
     friend struct detail::Access;
+    friend class ObjectInvokeImpl;
 
     // Delivers one emission to every connection of `list`, including connections that a
     // member adds while the delivery runs.
@@ -109,12 +113,15 @@ private:
                         unsigned int memberIndex);
     static void detach(shared_ptr<Connection> const& connection);
     static void prune(ConnectionList* list);
+    // The gate of posted calls into this object, made on first use; the caller gets a share of it.
+    detail::InvokeGate* shareInvokeGate();
 
     String name;
     std::uint32_t tag;
     std::vector<ConnectionList*> receiversBySignal;
     ConnectionList incoming; // the connections in which this object is the receiver
     std::vector<Object*> autoDelete;
+    std::atomic<detail::InvokeGate*> invokeGate; // null until a call is built for this object
 };
 
 } // namespace Cordel::Util
