@@ -2,9 +2,9 @@
 // Base64 and CRC-16 of 1 MiB against OpenSSL's and glib's Base64, boost's CRC-16 and the plain
 // byte-at-a-time table loop a user would write.
 
+#include <Cordel/IPP/InstructionSet.h>
 #include <Cordel/Util/Base64.h>
 #include <Cordel/Util/CRC16.h>
-#include <Cordel/Util/detail/Base64Kernels.h>
 
 #include <benchmark/benchmark.h>
 #include <boost/crc.hpp>
@@ -39,6 +39,23 @@ std::string const& encodedInput()
     return text;
 }
 
+// Runs a benchmark on the given instruction set, then goes back to the one in use before.
+class OnInstructionSet {
+public:
+    OnInstructionSet(benchmark::State& state, Cordel::IPP::InstructionSet set)
+        : previous(Cordel::IPP::ActiveInstructionSet())
+    {
+        if (!Cordel::IPP::UseInstructionSet(set))
+            state.SkipWithError("this processor lacks the instruction set");
+    }
+    OnInstructionSet(OnInstructionSet const&) = delete;
+    OnInstructionSet& operator=(OnInstructionSet const&) = delete;
+    ~OnInstructionSet() { Cordel::IPP::UseInstructionSet(previous); }
+
+private:
+    Cordel::IPP::InstructionSet previous;
+};
+
 void encodeCordel(benchmark::State& state)
 {
     for (auto _ : state)
@@ -47,11 +64,10 @@ void encodeCordel(benchmark::State& state)
 }
 
 // The same on a given instruction set, to show what each kernel adds.
-void encodeCordelPath(benchmark::State& state, Cordel::Util::detail::Base64Path path)
+void encodeCordelOn(benchmark::State& state, Cordel::IPP::InstructionSet set)
 {
-    for (auto _ : state)
-        benchmark::DoNotOptimize(Cordel::Util::detail::Base64Encode(input(), path));
-    state.SetBytesProcessed(state.iterations() * size);
+    OnInstructionSet const on(state, set);
+    encodeCordel(state);
 }
 
 void encodeOpenSSL(benchmark::State& state)
@@ -85,15 +101,10 @@ void decodeCordel(benchmark::State& state)
     state.SetBytesProcessed(state.iterations() * size);
 }
 
-void decodeCordelPath(benchmark::State& state, Cordel::Util::detail::Base64Path path)
+void decodeCordelOn(benchmark::State& state, Cordel::IPP::InstructionSet set)
 {
-    Cordel::String const text(encodedInput());
-    std::vector<unsigned char> out;
-    for (auto _ : state) {
-        Cordel::Util::detail::Base64Decode(text, out, path);
-        benchmark::DoNotOptimize(out.data());
-    }
-    state.SetBytesProcessed(state.iterations() * size);
+    OnInstructionSet const on(state, set);
+    decodeCordel(state);
 }
 
 void decodeOpenSSL(benchmark::State& state)
@@ -146,15 +157,15 @@ void crcTableLoop(benchmark::State& state)
 
 } // namespace
 
-using Cordel::Util::detail::Base64Path;
+using Cordel::IPP::InstructionSet;
 BENCHMARK(encodeCordel)->Name("Base64Encode1MiB/Cordel");
-BENCHMARK_CAPTURE(encodeCordelPath, avx2, Base64Path::AVX2)->Name("Base64Encode1MiB/Cordel AVX2 only");
-BENCHMARK_CAPTURE(encodeCordelPath, portable, Base64Path::Scalar)->Name("Base64Encode1MiB/Cordel portable");
+BENCHMARK_CAPTURE(encodeCordelOn, avx2, InstructionSet::AVX2)->Name("Base64Encode1MiB/Cordel AVX2 only");
+BENCHMARK_CAPTURE(encodeCordelOn, portable, InstructionSet::Portable)->Name("Base64Encode1MiB/Cordel portable");
 BENCHMARK(encodeOpenSSL)->Name("Base64Encode1MiB/OpenSSL EVP_EncodeBlock");
 BENCHMARK(encodeGlib)->Name("Base64Encode1MiB/glib g_base64_encode");
 BENCHMARK(decodeCordel)->Name("Base64Decode1MiB/Cordel");
-BENCHMARK_CAPTURE(decodeCordelPath, avx2, Base64Path::AVX2)->Name("Base64Decode1MiB/Cordel AVX2 only");
-BENCHMARK_CAPTURE(decodeCordelPath, portable, Base64Path::Scalar)->Name("Base64Decode1MiB/Cordel portable");
+BENCHMARK_CAPTURE(decodeCordelOn, avx2, InstructionSet::AVX2)->Name("Base64Decode1MiB/Cordel AVX2 only");
+BENCHMARK_CAPTURE(decodeCordelOn, portable, InstructionSet::Portable)->Name("Base64Decode1MiB/Cordel portable");
 BENCHMARK(decodeOpenSSL)->Name("Base64Decode1MiB/OpenSSL EVP_DecodeBlock");
 BENCHMARK(decodeGlib)->Name("Base64Decode1MiB/glib g_base64_decode");
 BENCHMARK(crcCordel)->Name("CRC16_1MiB/Cordel");

@@ -133,7 +133,7 @@ BENCHMARK(CallNative)->Name("Call/native")->Arg(64);
 
 } // namespace
 
-// CORDEL_ISA=baseline|avx2|avx512 runs the vector layer on another instruction set than the one it
+// CORDEL_ISA=portable|avx2|avx512 runs the library on another instruction set than the one it
 // picks by itself, to compare them.
 int main(int argc, char** argv)
 {
@@ -141,7 +141,7 @@ int main(int argc, char** argv)
         std::string const name = isa;
         IPP::InstructionSet const set = name == "avx512" ? IPP::InstructionSet::AVX512
             : name == "avx2"                              ? IPP::InstructionSet::AVX2
-                                                          : IPP::InstructionSet::Baseline;
+                                                          : IPP::InstructionSet::Portable;
         if (!IPP::UseInstructionSet(set))
             return 1;
     }

@@ -2,9 +2,9 @@
 
 #include <Cordel/IPP/FFT.h>
 #include <Cordel/IPP/detail/FftImpl.h>
-#include <Cordel/IPP/detail/FftKernels.h>
 
 #include "AllocationCount.h"
+#include "InstructionSets.h"
 
 #include <gtest/gtest.h>
 
@@ -168,10 +168,10 @@ struct DeinterleavedFlavour {
 template <typename T, bool isReal>
 struct PortableFlavour {
     static constexpr bool real = isReal;
-    FftImpl<T> impl;
+    detail::FftImpl<T> impl;
     unsigned int n;
     explicit PortableFlavour(unsigned int order)
-        : impl(isReal ? FftMode::Real : FftMode::Complex, 1u << order), n(1u << order)
+        : impl(isReal ? detail::FftMode::Real : detail::FftMode::Complex, 1u << order), n(1u << order)
     {
     }
     void forward(std::vector<T> const& in, std::vector<T>& out)
@@ -189,23 +189,6 @@ struct PortableFlavour {
             impl.InverseComplex(in.data(), out.data());
     }
 };
-
-// Runs body once on each of the fast engine's kernel sets this processor can run, then restores the
-// widest.
-template <typename Body>
-void forEachKernelSet(Body body)
-{
-    using detail::FftKernelSet;
-    FftKernelSet const widest = detail::widestFftKernelSet();
-    for (FftKernelSet set : {FftKernelSet::Portable, FftKernelSet::AVX2, FftKernelSet::AVX512}) {
-        if (set > widest)
-            continue;
-        SCOPED_TRACE(testing::Message() << "kernel set " << int(set));
-        detail::setFftKernelLimit(set);
-        body();
-    }
-    detail::setFftKernelLimit(widest);
-}
 
 template <typename F, typename T>
 void checkAgainstOracle(unsigned int order, bool portable)
@@ -293,47 +276,48 @@ TEST(FFT, PortableEngineMatchesDftAtEveryOrder)
     }
 }
 
-// The fast engine's kernel sets (portable, AVX2, AVX-512) lay out and scale alike: each one this
-// processor can run is held to the oracle, and in-place calls agree with out-of-place ones.
-TEST(FFT, EveryKernelSetMatchesDft)
+// States made on each instruction set this processor runs take that set's kernels.
+class FFTKernels : public CordelTest::OnEveryInstructionSet<> {};
+
+// The fast engine's kernels lay out and scale alike on every set: each is held to the oracle, and
+// in-place calls agree with out-of-place ones.
+TEST_P(FFTKernels, MatchDft)
 {
-    forEachKernelSet([] {
-        for (unsigned int order = 2; order <= 13; ++order) {
-            checkAgainstOracle<RealFlavour<float>, float>(order, false);
-            checkAgainstOracle<RealFlavour<double>, double>(order, false);
-            checkAgainstOracle<InterleavedFlavour<float>, float>(order, false);
-            checkAgainstOracle<InterleavedFlavour<double>, double>(order, false);
-            checkAgainstOracle<DeinterleavedFlavour<float>, float>(order, false);
-            checkAgainstOracle<DeinterleavedFlavour<double>, double>(order, false);
+    for (unsigned int order = 2; order <= 13; ++order) {
+        checkAgainstOracle<RealFlavour<float>, float>(order, false);
+        checkAgainstOracle<RealFlavour<double>, double>(order, false);
+        checkAgainstOracle<InterleavedFlavour<float>, float>(order, false);
+        checkAgainstOracle<InterleavedFlavour<double>, double>(order, false);
+        checkAgainstOracle<DeinterleavedFlavour<float>, float>(order, false);
+        checkAgainstOracle<DeinterleavedFlavour<double>, double>(order, false);
 
-            unsigned int const n = 1u << order;
-            std::vector<Complex_Float> x(n), y(n);
-            for (unsigned int j = 0; j < n; ++j)
-                x[j] = {std::sin(0.3f * j), std::cos(0.7f * j * j)};
-            FFTState_Complex_Float_Interleaved* c = nullptr;
-            FFTInit(&c, order);
-            FFTFwd(x.data(), y.data(), c, nullptr);
-            FFTFwd(x.data(), x.data(), c, nullptr);
-            ASSERT_EQ(0, std::memcmp(x.data(), y.data(), n * sizeof(Complex_Float))) << "order " << order;
-            FFTInv(y.data(), x.data(), c, nullptr);
-            FFTInv(y.data(), y.data(), c, nullptr);
-            ASSERT_EQ(0, std::memcmp(x.data(), y.data(), n * sizeof(Complex_Float))) << "order " << order;
-            FFTFree(c);
+        unsigned int const n = 1u << order;
+        std::vector<Complex_Float> x(n), y(n);
+        for (unsigned int j = 0; j < n; ++j)
+            x[j] = {std::sin(0.3f * j), std::cos(0.7f * j * j)};
+        FFTState_Complex_Float_Interleaved* c = nullptr;
+        FFTInit(&c, order);
+        FFTFwd(x.data(), y.data(), c, nullptr);
+        FFTFwd(x.data(), x.data(), c, nullptr);
+        ASSERT_EQ(0, std::memcmp(x.data(), y.data(), n * sizeof(Complex_Float))) << "order " << order;
+        FFTInv(y.data(), x.data(), c, nullptr);
+        FFTInv(y.data(), y.data(), c, nullptr);
+        ASSERT_EQ(0, std::memcmp(x.data(), y.data(), n * sizeof(Complex_Float))) << "order " << order;
+        FFTFree(c);
 
-            std::vector<double> re(n), im(n), reOut(n), imOut(n);
-            for (unsigned int j = 0; j < n; ++j) {
-                re[j] = std::cos(0.1 * j * j);
-                im[j] = std::sin(1.3 * j);
-            }
-            FFTState_Complex_Double_Deinterleaved* d = nullptr;
-            FFTInit(&d, order);
-            FFTInv(re.data(), im.data(), reOut.data(), imOut.data(), d, nullptr);
-            FFTInv(re.data(), im.data(), re.data(), im.data(), d, nullptr);
-            ASSERT_EQ(re, reOut) << "order " << order;
-            ASSERT_EQ(im, imOut) << "order " << order;
-            FFTFree(d);
+        std::vector<double> re(n), im(n), reOut(n), imOut(n);
+        for (unsigned int j = 0; j < n; ++j) {
+            re[j] = std::cos(0.1 * j * j);
+            im[j] = std::sin(1.3 * j);
         }
-    });
+        FFTState_Complex_Double_Deinterleaved* d = nullptr;
+        FFTInit(&d, order);
+        FFTInv(re.data(), im.data(), reOut.data(), imOut.data(), d, nullptr);
+        FFTInv(re.data(), im.data(), re.data(), im.data(), d, nullptr);
+        ASSERT_EQ(re, reOut) << "order " << order;
+        ASSERT_EQ(im, imOut) << "order " << order;
+        FFTFree(d);
+    }
 }
 
 // Interleaved and split data run the same arithmetic and differ only in how the points are
@@ -375,17 +359,17 @@ void checkLayoutsAgree(unsigned int order)
     }
 }
 
-TEST(FFT, InterleavedAndSplitLayoutsAgreeExactly)
+TEST_P(FFTKernels, InterleavedAndSplitLayoutsAgreeExactly)
 {
-    forEachKernelSet([] {
-        for (unsigned int order = 1; order <= 13; ++order) {
-            checkLayoutsAgree<float, FFTState_Complex_Float_Interleaved, FFTState_Complex_Float_Deinterleaved,
-                              Complex_Float>(order);
-            checkLayoutsAgree<double, FFTState_Complex_Double_Interleaved, FFTState_Complex_Double_Deinterleaved,
-                              Complex_Double>(order);
-        }
-    });
+    for (unsigned int order = 1; order <= 13; ++order) {
+        checkLayoutsAgree<float, FFTState_Complex_Float_Interleaved, FFTState_Complex_Float_Deinterleaved,
+                          Complex_Float>(order);
+        checkLayoutsAgree<double, FFTState_Complex_Double_Interleaved, FFTState_Complex_Double_Deinterleaved,
+                          Complex_Double>(order);
+    }
 }
+
+CORDEL_ON_EVERY_INSTRUCTION_SET(FFTKernels);
 
 TEST(FFT, OrderZeroLeavesTheStateUntouched)
 {

@@ -5,6 +5,7 @@
 #include <Cordel/IPP/Multirate.h>
 
 #include "AllocationCount.h"
+#include "InstructionSets.h"
 
 #include <gtest/gtest.h>
 
@@ -72,8 +73,11 @@ TEST(FIR, MatchesDirectConvolutionIncludingAPrimedDelayLine)
     }
 }
 
+// The block form runs the kernel of each instruction set.
+class FIRBlocks : public CordelTest::OnEveryInstructionSet<> {};
+
 // Every block size, on lengths around the vector kernel's groups, gives the one-sample results bit for bit.
-TEST(FIR, BlockSizesGiveIdenticalOutput)
+TEST_P(FIRBlocks, BlockSizesGiveIdenticalOutput)
 {
     for (unsigned int L : {1u, 2u, 3u, 31u, 32u, 33u, 100u, 300u}) {
         SCOPED_TRACE(testing::Message() << "taps " << L);
@@ -102,6 +106,8 @@ TEST(FIR, BlockSizesGiveIdenticalOutput)
         }
     }
 }
+
+CORDEL_ON_EVERY_INSTRUCTION_SET(FIRBlocks);
 
 TEST(FIR, DelayLineIsTheRawCircularBuffer)
 {

@@ -134,7 +134,7 @@ TEST_P(VectorKernels, LongRunsCoverEveryElementAtEveryDestinationOffset)
     std::vector<int> i32(n + 64);
     std::vector<float> f(n + 64), g(n + 64);
     for (unsigned int offset = 0; offset < 32; ++offset) {
-        ASSERT_TRUE(IPP::UseInstructionSet(InstructionSet::Baseline));
+        ASSERT_TRUE(IPP::UseInstructionSet(InstructionSet::Portable));
         auto const [expectS, expectI, expectF, expectG] = run(offset, s, i32, f, g);
         ASSERT_TRUE(IPP::UseInstructionSet(GetParam()));
         auto const [actualS, actualI, actualF, actualG] = run(offset, s, i32, f, g);
@@ -180,7 +180,7 @@ TEST_P(VectorKernels, LongRunsCoverEveryElementWhereverTheSourcesLie)
                 IPP::Add(n, pa, page(sourceB, b), page(f, dstAt));
                 return std::tuple(i32, scaled, f);
             };
-            ASSERT_TRUE(IPP::UseInstructionSet(InstructionSet::Baseline));
+            ASSERT_TRUE(IPP::UseInstructionSet(InstructionSet::Portable));
             auto const [expectI, expectScaled, expectSum] = run();
             ASSERT_TRUE(IPP::UseInstructionSet(GetParam()));
             auto const [actualI, actualScaled, actualSum] = run();
@@ -321,13 +321,5 @@ TEST_P(VectorKernels, MaxAndMinKeepTheFirstOfTiesAndALeadingNaN)
 }
 
 CORDEL_ON_EVERY_INSTRUCTION_SET(VectorKernels);
-
-TEST(VectorKernels, LoadTimeChoiceIsTheWidestSupported)
-{
-    InstructionSet const expected = IPP::IsSupported(InstructionSet::AVX512) ? InstructionSet::AVX512
-        : IPP::IsSupported(InstructionSet::AVX2)                             ? InstructionSet::AVX2
-                                                                             : InstructionSet::Baseline;
-    EXPECT_EQ(expected, IPP::ActiveInstructionSet());
-}
 
 } // namespace

@@ -1,6 +1,9 @@
-// Every instruction set's Base64 kernels against the portable code, on the same machine. Paths
+// Every instruction set's Base64 kernels against the portable code, on the same machine. Sets
 // the CPU lacks are skipped.
+#include <Cordel/Util/Base64.h>
 #include <Cordel/Util/detail/Base64Kernels.h>
+
+#include "InstructionSets.h"
 
 #include <gtest/gtest.h>
 
@@ -9,7 +12,7 @@
 #include <vector>
 
 using namespace Cordel;
-using Cordel::Util::detail::Base64Path;
+using Cordel::IPP::InstructionSet;
 using Bytes = std::vector<unsigned char>;
 
 namespace {
@@ -41,25 +44,33 @@ std::vector<std::size_t> lengths()
     return all;
 }
 
-class Base64Kernel : public testing::TestWithParam<Base64Path> {
+class Base64Kernel : public CordelTest::OnEveryInstructionSet<> {
 protected:
-    void SetUp() override
+    // What the portable code makes of the same call.
+    template <typename Call>
+    auto portably(Call call) const
     {
-        if (!Util::detail::Base64PathAvailable(GetParam()))
-            GTEST_SKIP() << "this CPU lacks the instruction set";
+        IPP::UseInstructionSet(InstructionSet::Portable);
+        auto const result = call();
+        IPP::UseInstructionSet(GetParam());
+        return result;
     }
 
-    Bytes decode(std::string const& text, Base64Path path) const
+    static Bytes decode(std::string const& text)
     {
         Bytes out{0xEE};
-        Util::detail::Base64Decode(String(text), out, path);
+        Util::Base64Decode(String(text), out);
         return out;
     }
 
-    // The path under test and the portable path decode text alike.
+    std::string portableEncoding(Bytes const& data) const
+    {
+        return portably([&] { return Util::Base64Encode(data).ToStdString(); });
+    }
+
     void expectSameDecoding(std::string const& text) const
     {
-        EXPECT_EQ(decode(text, GetParam()), decode(text, Base64Path::Scalar)) << '"' << text << '"';
+        EXPECT_EQ(decode(text), portably([&] { return decode(text); })) << '"' << text << '"';
     }
 };
 
@@ -70,7 +81,7 @@ TEST_P(Base64Kernel, EncodesAsThePortableCode)
     std::mt19937 rng(1);
     for (std::size_t n : lengths()) {
         Bytes const data = randomBytes(n, rng);
-        ASSERT_EQ(Util::detail::Base64Encode(data, GetParam()), Util::detail::Base64Encode(data, Base64Path::Scalar)) << n;
+        ASSERT_EQ(Util::Base64Encode(data).ToStdString(), portableEncoding(data)) << n;
     }
 }
 
@@ -79,11 +90,11 @@ TEST_P(Base64Kernel, DecodesCleanTextBackToTheBytes)
     std::mt19937 rng(2);
     for (std::size_t n : lengths()) {
         Bytes const data = randomBytes(n, rng);
-        std::string const text = Util::detail::Base64Encode(data, Base64Path::Scalar).ToStdString();
-        ASSERT_EQ(decode(text, GetParam()), data) << n;
+        std::string const text = portableEncoding(data);
+        ASSERT_EQ(decode(text), data) << n;
         // Unpadded and with a stray leading character, so that groups and blocks fall elsewhere.
         std::string const bare = text.substr(0, text.find('='));
-        ASSERT_EQ(decode(bare, GetParam()), data) << n;
+        ASSERT_EQ(decode(bare), data) << n;
         expectSameDecoding("#" + bare);
     }
 }
@@ -99,7 +110,7 @@ TEST_P(Base64Kernel, SkipsJunkAsThePortableCode)
             junk += static_cast<char>(c);
     for (std::size_t n : lengths()) {
         Bytes const data = randomBytes(n, rng);
-        std::string const text = Util::detail::Base64Encode(data, Base64Path::Scalar).ToStdString();
+        std::string const text = portableEncoding(data);
         for (unsigned int every : {3u, 50u, 200u}) {
             std::string mixed;
             for (char c : text) {
@@ -107,16 +118,16 @@ TEST_P(Base64Kernel, SkipsJunkAsThePortableCode)
                 while (rng() % every == 0)
                     mixed += junk[rng() % junk.size()];
             }
-            ASSERT_EQ(decode(mixed, GetParam()), data) << n << " every " << every;
+            ASSERT_EQ(decode(mixed), data) << n << " every " << every;
         }
     }
     // Lines of 76 characters, as mail wraps them.
     Bytes const data = randomBytes(3000, rng);
-    std::string const text = Util::detail::Base64Encode(data, Base64Path::Scalar).ToStdString();
+    std::string const text = portableEncoding(data);
     std::string wrapped;
     for (std::size_t i = 0; i < text.size(); i += 76)
         wrapped += text.substr(i, 76) + "\r\n";
-    EXPECT_EQ(decode(wrapped, GetParam()), data);
+    EXPECT_EQ(decode(wrapped), data);
 }
 
 TEST_P(Base64Kernel, DecodesArbitraryBytesAsThePortableCode)
@@ -138,16 +149,13 @@ TEST_P(Base64Kernel, DecodesArbitraryBytesAsThePortableCode)
 TEST_P(Base64Kernel, EveryCodeAtEveryPosition)
 {
     std::mt19937 rng(5);
-    std::string const clean = Util::detail::Base64Encode(randomBytes(96, rng), Base64Path::Scalar).ToStdString();
+    std::string const clean = portableEncoding(randomBytes(96, rng));
     for (std::size_t position = 0; position < 64; ++position)
         for (int code = 1; code < 256; ++code) {
             std::string text = clean;
             text[position] = static_cast<char>(code);
-            ASSERT_EQ(decode(text, GetParam()), decode(text, Base64Path::Scalar)) << position << " " << code;
+            ASSERT_EQ(decode(text), portably([&] { return decode(text); })) << position << " " << code;
         }
 }
 
-INSTANTIATE_TEST_SUITE_P(Paths, Base64Kernel, testing::Values(Base64Path::AVX2, Base64Path::AVX512),
-                         [](testing::TestParamInfo<Base64Path> const& info) {
-                             return info.param == Base64Path::AVX2 ? std::string("AVX2") : std::string("AVX512");
-                         });
+CORDEL_ON_EVERY_INSTRUCTION_SET(Base64Kernel);

@@ -1,5 +1,5 @@
 #pragma once
-// Runs a parameterised test once per instruction set of the vector layer: the set is switched on
+// Runs a parameterised test once per instruction set of the library's SIMD code: the set is switched on
 // for the test (skipped when the processor lacks it) and the previous one restored afterwards.
 //
 //   class MyTest : public CordelTest::OnEveryInstructionSet<> {};
@@ -28,7 +28,7 @@ protected:
         Base::TearDown();
     }
 
-    Cordel::IPP::InstructionSet previous = Cordel::IPP::InstructionSet::Baseline;
+    Cordel::IPP::InstructionSet previous = Cordel::IPP::InstructionSet::Portable;
 };
 
 inline std::string instructionSetName(::testing::TestParamInfo<Cordel::IPP::InstructionSet> const& info)
@@ -36,7 +36,7 @@ inline std::string instructionSetName(::testing::TestParamInfo<Cordel::IPP::Inst
     switch (info.param) {
     case Cordel::IPP::InstructionSet::AVX2: return "AVX2";
     case Cordel::IPP::InstructionSet::AVX512: return "AVX512";
-    default: return "Baseline";
+    default: return "Portable";
     }
 }
 
@@ -44,7 +44,7 @@ inline std::string instructionSetName(::testing::TestParamInfo<Cordel::IPP::Inst
 
 #define CORDEL_ON_EVERY_INSTRUCTION_SET(Suite)                                                                    \
     INSTANTIATE_TEST_SUITE_P(EveryInstructionSet, Suite,                                                          \
-                             ::testing::Values(Cordel::IPP::InstructionSet::Baseline,                              \
+                             ::testing::Values(Cordel::IPP::InstructionSet::Portable,                              \
                                                Cordel::IPP::InstructionSet::AVX2,                                  \
                                                Cordel::IPP::InstructionSet::AVX512),                               \
                              CordelTest::instructionSetName)

@@ -1,6 +1,6 @@
 #include <Cordel/IPP/Arithmetic.h>
 
-#include <Cordel/IPP/detail/Kernels.h>
+#include <Cordel/IPP/detail/Dispatch.h>
 
 #include <cmath>
 
@@ -83,12 +83,12 @@ void AddConstant_InPlace(unsigned int n, int* x, int c, int) { addConstantWrappi
 void AddConstant(unsigned int n, float const* src, float c, float* dst) { addConstant(n, src, c, dst); }
 void AddConstant(unsigned int n, int const* src, int c, int* dst, int) { addConstantWrapping(n, src, c, dst); }
 
-void Add_InPlace(unsigned int n, float const* src, float* srcDst) { detail::kernels().addFloat(n, srcDst, src, srcDst); }
-void Add_InPlace(unsigned int n, double const* src, double* srcDst) { detail::kernels().addDouble(n, srcDst, src, srcDst); }
+void Add_InPlace(unsigned int n, float const* src, float* srcDst) { detail::dispatch().vector.addFloat(n, srcDst, src, srcDst); }
+void Add_InPlace(unsigned int n, double const* src, double* srcDst) { detail::dispatch().vector.addDouble(n, srcDst, src, srcDst); }
 void Add_InPlace(unsigned int, short const*, short*, int) {}
-void Add(unsigned int n, float const* a, float const* b, float* dst) { detail::kernels().addFloat(n, a, b, dst); }
-void Add(unsigned int n, double const* a, double const* b, double* dst) { detail::kernels().addDouble(n, a, b, dst); }
-void AddProduct(unsigned int n, float const* a, float const* b, float* srcDst) { detail::kernels().addProductFloat(n, a, b, srcDst); }
+void Add(unsigned int n, float const* a, float const* b, float* dst) { detail::dispatch().vector.addFloat(n, a, b, dst); }
+void Add(unsigned int n, double const* a, double const* b, double* dst) { detail::dispatch().vector.addDouble(n, a, b, dst); }
+void AddProduct(unsigned int n, float const* a, float const* b, float* srcDst) { detail::dispatch().vector.addProductFloat(n, a, b, srcDst); }
 
 void SubConstant_InPlace(unsigned int n, float* x, float c) { subConstant(n, x, c); }
 void SubConstant_InPlace(unsigned int n, double* x, double c) { subConstant(n, x, c); }
@@ -97,11 +97,11 @@ void SubConstantRev_InPlace(unsigned int n, double* x, double c) { subConstantRe
 void Sub_InPlace(unsigned int n, float const* src, float* srcDst) { sub(n, src, srcDst); }
 void Sub_InPlace(unsigned int n, double const* src, double* srcDst) { sub(n, src, srcDst); }
 
-void MulConstant_InPlace(unsigned int n, float* x, float c) { detail::kernels().mulConstantFloat(n, x, x, c); }
-void MulConstant_InPlace(unsigned int n, double* x, double c) { detail::kernels().mulConstantDouble(n, x, x, c); }
+void MulConstant_InPlace(unsigned int n, float* x, float c) { detail::dispatch().vector.mulConstantFloat(n, x, x, c); }
+void MulConstant_InPlace(unsigned int n, double* x, double c) { detail::dispatch().vector.mulConstantDouble(n, x, x, c); }
 void MulConstant_InPlace(unsigned int, short*, short, int) {}
-void MulConstant(unsigned int n, float const* src, float* dst, float c) { detail::kernels().mulConstantFloat(n, src, dst, c); }
-void MulConstant(unsigned int n, double const* src, double* dst, double c) { detail::kernels().mulConstantDouble(n, src, dst, c); }
+void MulConstant(unsigned int n, float const* src, float* dst, float c) { detail::dispatch().vector.mulConstantFloat(n, src, dst, c); }
+void MulConstant(unsigned int n, double const* src, double* dst, double c) { detail::dispatch().vector.mulConstantDouble(n, src, dst, c); }
 
 void Mul_InPlace(unsigned int n, float const* src, float* srcDst) { mul(n, src, srcDst, srcDst); }
 void Mul_InPlace(unsigned int n, double const* src, double* srcDst) { mul(n, src, srcDst, srcDst); }

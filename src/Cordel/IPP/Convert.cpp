@@ -1,6 +1,6 @@
 #include <Cordel/IPP/Convert.h>
 
-#include <Cordel/IPP/detail/Kernels.h>
+#include <Cordel/IPP/detail/Dispatch.h>
 
 #include <array>
 #include <bit>
@@ -58,7 +58,7 @@ void Convert(unsigned int n, unsigned char const* src, float* dst) { plain(n, sr
 
 void Convert(unsigned int n, short const* src, float* dst, int scaleFactor)
 {
-    detail::kernels().shortToFloat(n, src, dst, shortScaleFactors[static_cast<unsigned int>(scaleFactor) & 31u]);
+    detail::dispatch().vector.shortToFloat(n, src, dst, shortScaleFactors[static_cast<unsigned int>(scaleFactor) & 31u]);
 }
 
 void Convert(unsigned int n, short const* src, double* dst, int scaleFactor)
@@ -68,14 +68,14 @@ void Convert(unsigned int n, short const* src, double* dst, int scaleFactor)
         dst[i] = static_cast<double>(src[i]) * factor;
 }
 
-void Convert(unsigned int n, int const* src, float* dst, int) { detail::kernels().intToFloat(n, src, dst); }
+void Convert(unsigned int n, int const* src, float* dst, int) { detail::dispatch().vector.intToFloat(n, src, dst); }
 void Convert(unsigned int, int const*, double*, int) {}
 void Convert(unsigned int, float const*, unsigned char*, int, bool) {}
 
 void Convert(unsigned int n, float const* src, short* dst, int scaleFactor, bool round)
 {
     float const multiplier = static_cast<float>(wrappedPowerOfTwo(-scaleFactor));
-    detail::kernels().floatToShort(n, src, dst, multiplier, round ? 0.5f : 0.0f);
+    detail::dispatch().vector.floatToShort(n, src, dst, multiplier, round ? 0.5f : 0.0f);
 }
 
 void Convert(unsigned int n, float const* src, int* dst, int scaleFactor, bool round)
@@ -83,9 +83,9 @@ void Convert(unsigned int n, float const* src, int* dst, int scaleFactor, bool r
     if (scaleFactor >= -floatScaleLimit && scaleFactor <= floatScaleLimit) {
         float const multiplier = powerOfTwo(-scaleFactor);
         if (round)
-            detail::kernels().floatToIntRounded(n, src, dst, multiplier);
+            detail::dispatch().vector.floatToIntRounded(n, src, dst, multiplier);
         else
-            detail::kernels().floatToInt(n, src, dst, multiplier);
+            detail::dispatch().vector.floatToInt(n, src, dst, multiplier);
         return;
     }
     // Exactly what pow(2, −scaleFactor) gives, 0 or infinity at the far ends included.

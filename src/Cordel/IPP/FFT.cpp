@@ -22,17 +22,17 @@ bool isWorkaroundOrder(unsigned int order)
 
 // Common to the six states: the fast engine (which holds its own working buffers) or the
 // portable one.
-template <typename T, typename Engine, FftMode mode>
+template <typename T, typename Engine, detail::FftMode mode>
 struct FFTStateOf {
     unsigned int order = 0;
     unsigned int n = 0;
     Engine* setup = nullptr;
-    FftImpl<T>* impl = nullptr;
+    detail::FftImpl<T>* impl = nullptr;
 
     explicit FFTStateOf(unsigned int o) : order(o), n(1u << o)
     {
         if (isWorkaroundOrder(order))
-            impl = new FftImpl<T>(mode, n);
+            impl = new detail::FftImpl<T>(mode, n);
         else
             setup = new Engine(order);
     }
@@ -45,22 +45,22 @@ struct FFTStateOf {
     }
 };
 
-struct FFTState_Float : FFTStateOf<float, detail::FastRealFft<float>, FftMode::Real> {
+struct FFTState_Float : FFTStateOf<float, detail::FastRealFft<float>, detail::FftMode::Real> {
     using FFTStateOf::FFTStateOf;
 };
-struct FFTState_Double : FFTStateOf<double, detail::FastRealFft<double>, FftMode::Real> {
+struct FFTState_Double : FFTStateOf<double, detail::FastRealFft<double>, detail::FftMode::Real> {
     using FFTStateOf::FFTStateOf;
 };
-struct FFTState_Complex_Float_Interleaved : FFTStateOf<float, detail::FastFft<float>, FftMode::Complex> {
+struct FFTState_Complex_Float_Interleaved : FFTStateOf<float, detail::FastFft<float>, detail::FftMode::Complex> {
     using FFTStateOf::FFTStateOf;
 };
-struct FFTState_Complex_Float_Deinterleaved : FFTStateOf<float, detail::FastFft<float>, FftMode::Complex> {
+struct FFTState_Complex_Float_Deinterleaved : FFTStateOf<float, detail::FastFft<float>, detail::FftMode::Complex> {
     using FFTStateOf::FFTStateOf;
 };
-struct FFTState_Complex_Double_Interleaved : FFTStateOf<double, detail::FastFft<double>, FftMode::Complex> {
+struct FFTState_Complex_Double_Interleaved : FFTStateOf<double, detail::FastFft<double>, detail::FftMode::Complex> {
     using FFTStateOf::FFTStateOf;
 };
-struct FFTState_Complex_Double_Deinterleaved : FFTStateOf<double, detail::FastFft<double>, FftMode::Complex> {
+struct FFTState_Complex_Double_Deinterleaved : FFTStateOf<double, detail::FastFft<double>, detail::FftMode::Complex> {
     using FFTStateOf::FFTStateOf;
 };
 

@@ -21,7 +21,18 @@ float dotProduct(unsigned int n, float const* a, float const* b)
     return sum;
 }
 
-void firBlockPortable(float const* h, unsigned int L, float const* x, float* y, unsigned int m, unsigned int c0)
+// Whole groups go to the kernel in use, the rest through the portable loop.
+void filterBlock(float const* h, unsigned int L, float const* x, float* y, unsigned int m, unsigned int c0)
+{
+    detail::FirEntry const& kernel = detail::dispatch().fir;
+    unsigned int const done = m - m % kernel.group;
+    kernel.block(h, L, x, y, done, c0);
+    detail::firBlockPortable(h, L, x + done, y + done, m - done, (c0 - 1 + done) % L + 1);
+}
+
+} // namespace
+
+void detail::firBlockPortable(float const* h, unsigned int L, float const* x, float* y, unsigned int m, unsigned int c0)
 {
     for (unsigned int i = 0; i < m; ++i) {
         unsigned int const c = (c0 - 1 + i) % L + 1;
@@ -34,33 +45,6 @@ void firBlockPortable(float const* h, unsigned int L, float const* x, float* y, 
         y[i] = first + second;
     }
 }
-
-// The vector kernel takes whole groups of outputs; the rest go through the portable loop.
-struct BlockKernel {
-    detail::FirBlockKernel vector;
-    unsigned int group;
-};
-
-BlockKernel chooseKernel()
-{
-    if (__builtin_cpu_supports("avx2"))
-        return {detail::firBlockAvx2, 32};
-    return {nullptr, 0};
-}
-
-BlockKernel const blockKernel = chooseKernel();
-
-void filterBlock(float const* h, unsigned int L, float const* x, float* y, unsigned int m, unsigned int c0)
-{
-    unsigned int done = 0;
-    if (blockKernel.vector != nullptr) {
-        done = m - m % blockKernel.group;
-        blockKernel.vector(h, L, x, y, done, c0);
-    }
-    firBlockPortable(h, L, x + done, y + done, m - done, (c0 - 1 + done) % L + 1);
-}
-
-} // namespace
 
 struct FIRState_Float {
     aligned_vector<float> taps;

@@ -1,6 +1,6 @@
 #include <Cordel/IPP/Interleave.h>
 
-#include <Cordel/IPP/detail/Kernels.h>
+#include <Cordel/IPP/detail/Dispatch.h>
 
 #include <cstddef>
 
@@ -33,18 +33,18 @@ void deinterleave(unsigned int channels, unsigned int n, T const* src, T* const*
 
 void Interleave(unsigned int n, short const* left, short const* right, short* dst, bool)
 {
-    detail::kernels().interleaveShort(n, left, right, dst);
+    detail::dispatch().vector.interleaveShort(n, left, right, dst);
 }
 
 void Interleave(unsigned int n, float const* left, float const* right, float* dst, bool)
 {
-    detail::kernels().interleaveFloat(n, left, right, dst);
+    detail::dispatch().vector.interleaveFloat(n, left, right, dst);
 }
 
 void Interleave(unsigned int channels, unsigned int n, float const* const* src, float* dst, bool)
 {
     if (channels == 2)
-        detail::kernels().interleaveFloat(n, src[0], src[1], dst);
+        detail::dispatch().vector.interleaveFloat(n, src[0], src[1], dst);
     else
         interleave(channels, n, src, dst);
 }
@@ -56,18 +56,18 @@ void Interleave(unsigned int channels, unsigned int n, double const* const* src,
 
 void Deinterleave(unsigned int n, short const* src, short* left, short* right, bool)
 {
-    detail::kernels().deinterleaveShort(n, src, left, right);
+    detail::dispatch().vector.deinterleaveShort(n, src, left, right);
 }
 
 void Deinterleave(unsigned int n, float const* src, float* left, float* right, bool)
 {
-    detail::kernels().deinterleaveFloat(n, src, left, right);
+    detail::dispatch().vector.deinterleaveFloat(n, src, left, right);
 }
 
 void Deinterleave(unsigned int channels, unsigned int n, float const* src, float* const* dst, bool)
 {
     if (channels == 2)
-        detail::kernels().deinterleaveFloat(n, src, dst[0], dst[1]);
+        detail::dispatch().vector.deinterleaveFloat(n, src, dst[0], dst[1]);
     else
         deinterleave(channels, n, src, dst);
 }

@@ -1,6 +1,6 @@
 #include <Cordel/IPP/Statistics.h>
 
-#include <Cordel/IPP/detail/Kernels.h>
+#include <Cordel/IPP/detail/Dispatch.h>
 
 #include <cmath>
 #include <cstring>
@@ -15,10 +15,10 @@ float Sum(unsigned int n, float const* x)
     return sum;
 }
 
-float Max(unsigned int n, float const* x) { return detail::kernels().maxFloat(n, x); }
-double Max(unsigned int n, double const* x) { return detail::kernels().maxDouble(n, x); }
-float Min(unsigned int n, float const* x) { return detail::kernels().minFloat(n, x); }
-double Min(unsigned int n, double const* x) { return detail::kernels().minDouble(n, x); }
+float Max(unsigned int n, float const* x) { return detail::dispatch().vector.maxFloat(n, x); }
+double Max(unsigned int n, double const* x) { return detail::dispatch().vector.maxDouble(n, x); }
+float Min(unsigned int n, float const* x) { return detail::dispatch().vector.minFloat(n, x); }
+double Min(unsigned int n, double const* x) { return detail::dispatch().vector.minDouble(n, x); }
 
 void MaxEvery(unsigned int n, float const* src, float* srcDst)
 {

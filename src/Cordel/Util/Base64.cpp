@@ -10,7 +10,6 @@ namespace Cordel::Util {
 namespace {
 
 using detail::base64Alphabet;
-using detail::Base64Path;
 
 // ---------------------------------------------------------------------------------------------
 // Encoding
@@ -100,58 +99,7 @@ bool decodeEight(unsigned char const* in, unsigned char* out)
     return true;
 }
 
-// ---------------------------------------------------------------------------------------------
-// Choosing the kernels
-
-struct Kernels {
-    std::size_t (*encode)(unsigned char const* in, std::size_t n, char* out);
-    std::size_t (*decode)(unsigned char const* in, std::size_t n, unsigned char* out);
-};
-
-// The portable code has no bulk kernel: its eight-at-a-time loops below do the whole run.
-std::size_t noBulkEncode(unsigned char const*, std::size_t, char*) { return 0; }
-std::size_t noBulkDecode(unsigned char const*, std::size_t, unsigned char*) { return 0; }
-
-Kernels kernelsFor(Base64Path path)
-{
-    switch (path) {
-    case Base64Path::AVX512:
-        return {detail::Base64EncodeAVX512, detail::Base64DecodeAVX512};
-    case Base64Path::AVX2:
-        return {detail::Base64EncodeAVX2, detail::Base64DecodeAVX2};
-    case Base64Path::Scalar:
-        break;
-    }
-    return {noBulkEncode, noBulkDecode};
-}
-
-bool available(Base64Path path)
-{
-    __builtin_cpu_init(); // may run before the constructor that normally does this
-    switch (path) {
-    case Base64Path::AVX512:
-        return __builtin_cpu_supports("avx512bw") && __builtin_cpu_supports("avx512vbmi");
-    case Base64Path::AVX2:
-        return __builtin_cpu_supports("avx2");
-    case Base64Path::Scalar:
-        break;
-    }
-    return true;
-}
-
-Kernels fastest()
-{
-    for (Base64Path path : {Base64Path::AVX512, Base64Path::AVX2})
-        if (available(path))
-            return kernelsFor(path);
-    return kernelsFor(Base64Path::Scalar);
-}
-
-Kernels const chosen = fastest();
-
-// ---------------------------------------------------------------------------------------------
-
-String encode(std::vector<unsigned char> const& bytes, Kernels const& kernels)
+String encode(std::vector<unsigned char> const& bytes, IPP::detail::Base64Entry const& kernels)
 {
     std::size_t const n = bytes.size();
     if (n == 0)
@@ -180,7 +128,7 @@ String encode(std::vector<unsigned char> const& bytes, Kernels const& kernels)
     return text;
 }
 
-void decode(String const& text, std::vector<unsigned char>& bytes, Kernels const& kernels)
+void decode(String const& text, std::vector<unsigned char>& bytes, IPP::detail::Base64Entry const& kernels)
 {
     bytes.clear();
     std::size_t const n = text.Length();
@@ -235,24 +183,12 @@ void decode(String const& text, std::vector<unsigned char>& bytes, Kernels const
 
 } // namespace
 
-String Base64Encode(std::vector<unsigned char> const& bytes) { return encode(bytes, chosen); }
+String Base64Encode(std::vector<unsigned char> const& bytes) { return encode(bytes, IPP::detail::dispatch().base64); }
 
-void Base64Decode(String const& text, std::vector<unsigned char>& bytes) { decode(text, bytes, chosen); }
+void Base64Decode(String const& text, std::vector<unsigned char>& bytes) { decode(text, bytes, IPP::detail::dispatch().base64); }
 
-namespace detail {
-
-bool Base64PathAvailable(Base64Path path) { return available(path); }
-
-String Base64Encode(std::vector<unsigned char> const& bytes, Base64Path path)
-{
-    return encode(bytes, kernelsFor(available(path) ? path : Base64Path::Scalar));
-}
-
-void Base64Decode(String const& text, std::vector<unsigned char>& bytes, Base64Path path)
-{
-    decode(text, bytes, kernelsFor(available(path) ? path : Base64Path::Scalar));
-}
-
-} // namespace detail
+// The portable code has no bulk kernel: its eight-at-a-time loops do the whole run.
+std::size_t detail::Base64EncodePortable(unsigned char const*, std::size_t, char*) { return 0; }
+std::size_t detail::Base64DecodePortable(unsigned char const*, std::size_t, unsigned char*) { return 0; }
 
 } // namespace Cordel::Util

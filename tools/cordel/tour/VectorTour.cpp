@@ -26,10 +26,10 @@ char const* instructionSetName(IPP::InstructionSet set)
         return "AVX-512";
     case IPP::InstructionSet::AVX2:
         return "AVX2";
-    case IPP::InstructionSet::Baseline:
+    case IPP::InstructionSet::Portable:
         break;
     }
-    return "baseline x86-64";
+    return "portable code";
 }
 
 void vectorTour()

@@ -1,7 +1,6 @@
 #include <Cordel/Audio/detail/SampleConversion.h>
 #include <Cordel/Audio/detail/SampleKernels.h>
 #include <Cordel/IPP/Convert.h>
-#include <Cordel/IPP/InstructionSet.h>
 
 #include <cstring>
 
@@ -9,20 +8,22 @@ namespace Cordel::Audio::detail {
 
 void int24ToFloat(std::size_t n, unsigned char const* in, float* out)
 {
-    switch (IPP::ActiveInstructionSet()) {
-    case IPP::InstructionSet::AVX512: avx512::int24ToFloat(n, in, out); break;
-    case IPP::InstructionSet::AVX2: avx2::int24ToFloat(n, in, out); break;
-    default: kernels::int24ToFloat(n, in, out); break;
-    }
+    IPP::detail::dispatch().int24.toFloat(n, in, out);
 }
 
 void floatToInt24(std::size_t n, float const* in, unsigned char* out)
 {
-    switch (IPP::ActiveInstructionSet()) {
-    case IPP::InstructionSet::AVX512: avx512::floatToInt24(n, in, out); break;
-    case IPP::InstructionSet::AVX2: avx2::floatToInt24(n, in, out); break;
-    default: kernels::floatToInt24(n, in, out); break;
-    }
+    IPP::detail::dispatch().int24.fromFloat(n, in, out);
+}
+
+void portable::int24ToFloat(std::size_t n, unsigned char const* in, float* out)
+{
+    kernels::int24ToFloat(n, in, out);
+}
+
+void portable::floatToInt24(std::size_t n, float const* in, unsigned char* out)
+{
+    kernels::floatToInt24(n, in, out);
 }
 
 bool encodesFloat(unsigned int bytesPerSample, bool isFloat)

@@ -1,8 +1,9 @@
 #pragma once
 // Internal: the sample conversions that only audio files need. The 16- and 32-bit integer rules
-// are the vector layer's (IPP::Convert); the 24-bit ones are our own, and the hot loops run an
-// AVX2 or AVX-512 build of the same code when the vector layer uses that instruction set (see
-// SampleKernels.h), so that tests switching the instruction set cover them too.
+// are the vector layer's (IPP::Convert); the 24-bit ones are our own, with an AVX2 and an AVX-512
+// build of their hot loops (see SampleKernels.h) reached through the dispatch table.
+
+#include <Cordel/IPP/detail/Dispatch.h>
 
 #include <cstddef>
 
@@ -22,6 +23,11 @@ bool encodesFloat(unsigned int bytesPerSample, bool isFloat);
 // Reverses the bytes of each sample in place (big-endian files to little-endian order).
 void swapSampleBytes(std::size_t samples, unsigned int bytesPerSample, unsigned char* data);
 
+namespace portable {
+void int24ToFloat(std::size_t n, unsigned char const* in, float* out);
+void floatToInt24(std::size_t n, float const* in, unsigned char* out);
+} // namespace portable
+
 namespace avx2 {
 void int24ToFloat(std::size_t n, unsigned char const* in, float* out);
 void floatToInt24(std::size_t n, float const* in, unsigned char* out);
@@ -31,5 +37,10 @@ namespace avx512 {
 void int24ToFloat(std::size_t n, unsigned char const* in, float* out);
 void floatToInt24(std::size_t n, float const* in, unsigned char* out);
 } // namespace avx512
+
+// The 24-bit loops' entries in the dispatch table.
+inline constexpr IPP::detail::Int24Entry int24Portable{portable::int24ToFloat, portable::floatToInt24};
+inline constexpr IPP::detail::Int24Entry int24Avx2{avx2::int24ToFloat, avx2::floatToInt24};
+inline constexpr IPP::detail::Int24Entry int24Avx512{avx512::int24ToFloat, avx512::floatToInt24};
 
 } // namespace Cordel::Audio::detail

@@ -1,4 +1,4 @@
-// The AVX2 build of the 24-bit loops; SampleConversion.cpp calls it when the processor has AVX2.
+// The AVX2 build of the 24-bit loops, the dispatch table's entry for AVX2.
 // The compiler cannot vectorise three-byte samples well, so the bulk is written out with
 // shuffles; each vector step computes exactly what the portable loop computes for its samples,
 // and the portable loop does the ends.
@@ -16,12 +16,22 @@ namespace {
 // its own, so the vector loops stop while 10 samples remain.
 constexpr std::size_t stepMargin = 10;
 
+// The masks are made by functions, not held in globals: a global would be set up by AVX2 code
+// when the library loads, on any processor.
+
 // The three bytes of sample k of a 128-bit lane go to the top of 32-bit word k (bytes 1 to 3).
-__m256i const unpackMask = _mm256_setr_epi8(-1, 0, 1, 2, -1, 3, 4, 5, -1, 6, 7, 8, -1, 9, 10, 11, //
-                                            -1, 0, 1, 2, -1, 3, 4, 5, -1, 6, 7, 8, -1, 9, 10, 11);
+__m256i unpackMask()
+{
+    return _mm256_setr_epi8(-1, 0, 1, 2, -1, 3, 4, 5, -1, 6, 7, 8, -1, 9, 10, 11, //
+                            -1, 0, 1, 2, -1, 3, 4, 5, -1, 6, 7, 8, -1, 9, 10, 11);
+}
+
 // The low three bytes of each 32-bit word, packed into the first 12 bytes of its lane.
-__m256i const packMask = _mm256_setr_epi8(0, 1, 2, 4, 5, 6, 8, 9, 10, 12, 13, 14, -1, -1, -1, -1, //
-                                          0, 1, 2, 4, 5, 6, 8, 9, 10, 12, 13, 14, -1, -1, -1, -1);
+__m256i packMask()
+{
+    return _mm256_setr_epi8(0, 1, 2, 4, 5, 6, 8, 9, 10, 12, 13, 14, -1, -1, -1, -1, //
+                            0, 1, 2, 4, 5, 6, 8, 9, 10, 12, 13, 14, -1, -1, -1, -1);
+}
 
 } // namespace
 
@@ -32,7 +42,7 @@ void int24ToFloat(std::size_t n, unsigned char const* in, float* out)
     for (; i + stepMargin <= n; i += 8) {
         unsigned char const* p = in + 3 * i;
         __m256i const bytes = _mm256_loadu2_m128i(reinterpret_cast<__m128i const*>(p + 12), reinterpret_cast<__m128i const*>(p));
-        __m256i const words = _mm256_srai_epi32(_mm256_shuffle_epi8(bytes, unpackMask), 8);
+        __m256i const words = _mm256_srai_epi32(_mm256_shuffle_epi8(bytes, unpackMask()), 8);
         _mm256_storeu_ps(out + i, _mm256_mul_ps(_mm256_cvtepi32_ps(words), scale));
     }
     kernels::int24ToFloat(n - i, in + 3 * i, out + i);
@@ -62,7 +72,7 @@ void floatToInt24(std::size_t n, float const* in, unsigned char* out)
             kernels::floatToInt24(8, in + i, out + 3 * i);
             continue;
         }
-        __m256i const packed = _mm256_shuffle_epi8(_mm256_set_m128i(v[1], v[0]), packMask);
+        __m256i const packed = _mm256_shuffle_epi8(_mm256_set_m128i(v[1], v[0]), packMask());
         _mm_storeu_si128(reinterpret_cast<__m128i*>(out + 3 * i), _mm256_castsi256_si128(packed));
         _mm_storeu_si128(reinterpret_cast<__m128i*>(out + 3 * i + 12), _mm256_extracti128_si256(packed, 1));
     }

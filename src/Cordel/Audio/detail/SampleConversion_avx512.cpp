@@ -1,4 +1,4 @@
-// The AVX-512 build of the 24-bit loops, chosen with the vector layer's instruction set. Sixteen
+// The AVX-512 build of the 24-bit loops, the dispatch table's entry for AVX-512. Sixteen
 // samples per step: the arithmetic is the AVX2 build's on twice the lanes, and the three bytes
 // of each sample are gathered with a byte shuffle inside each 128-bit lane followed by a 32-bit
 // permutation across lanes. The portable loop does the ends.

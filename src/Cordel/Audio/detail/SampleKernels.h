@@ -1,10 +1,10 @@
 #pragma once
 // Internal: the 24-bit loops behind SampleConversion.h, each the exact rule of its format (the
-// results are part of what readers and writers promise). They are written for the
-// auto-vectoriser and compiled twice, for baseline x86-64 and for AVX2; every operation in them is exact or rounds
-// once in the same way on both, so both give the same bits.
+// results are part of what readers and writers promise). They are compiled once per instruction
+// set, as the portable build and for the ends of the wider ones; every operation in them is exact
+// or rounds once in the same way on all of them, so all give the same bits.
 //
-// Internal linkage on purpose: the two compilations must not be merged by the linker.
+// Internal linkage on purpose: the compilations must not be merged by the linker.
 
 #include <cmath>
 #include <cstddef>

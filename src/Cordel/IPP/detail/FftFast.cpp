@@ -6,6 +6,7 @@
 
 #include <cmath>
 #include <cstdint>
+#include <initializer_list>
 #include <numbers>
 
 namespace Cordel::IPP::detail {
@@ -40,112 +41,41 @@ struct Scalar {
     static V reverse(V v) { return v; }
 };
 
-// A function-local static, so that a state made while other libraries initialise sees it set.
-FftKernelSet& limit()
-{
-    static FftKernelSet set = widestFftKernelSet();
-    return set;
-}
-
 template <typename T>
-FftKernels<T> const& portable();
-
-template <>
-FftKernels<float> const& portable<float>()
+FftChoice<T> const& choiceOf(FftEntry const& entry)
 {
-    return fftPortableFloat;
-}
-
-template <>
-FftKernels<double> const& portable<double>()
-{
-    return fftPortableDouble;
-}
-
-template <typename T>
-FftKernels<T> const& halfWide(T*);
-template <>
-FftKernels<float> const& halfWide(float*)
-{
-    return fftAvx512HalfFloat;
-}
-template <>
-FftKernels<double> const& halfWide(double*)
-{
-    return fftAvx512HalfDouble;
+    if constexpr (sizeof(T) == sizeof(float))
+        return entry.floats;
+    else
+        return entry.doubles;
 }
 
 // A pass takes one register from each of its R parts of the transform, so a set's registers must
 // fit N/R points. Radix 8 wants 32 registers, so it runs only on the AVX-512 builds (whose 256-bit
-// variant serves the transforms too short for 512-bit registers); radix 4 everywhere.
+// variant serves the transforms too short for 512-bit registers); radix 4 everywhere. What fits
+// nothing runs on the portable kernels.
 template <typename T>
 FftKernels<T> const& kernelsFor(unsigned int size, bool& eights)
 {
-    struct Choice {
-        FftKernels<T> const* k;
-        FftKernelSet set;
-        unsigned int radix;
-    };
-    T* t = nullptr;
-    Choice const choices[] = {
-        {&fftKernels(FftKernelSet::AVX512, t), FftKernelSet::AVX512, 8},
-        {&halfWide(t), FftKernelSet::AVX512, 8},
-        {&fftKernels(FftKernelSet::AVX512, t), FftKernelSet::AVX512, 4},
-        {&halfWide(t), FftKernelSet::AVX512, 4},
-        {&fftKernels(FftKernelSet::AVX2, t), FftKernelSet::AVX2, 4},
-    };
-    for (Choice const& c : choices) {
-        if (c.set <= limit() && size / c.radix >= c.k->width) {
-            eights = c.radix == 8;
-            return *c.k;
+    FftChoice<T> const& set = choiceOf<T>(dispatch().fft);
+    for (unsigned int radix : {8u, 4u}) {
+        if (radix == 8 && !set.radix8)
+            continue;
+        for (FftKernels<T> const* k : {set.full, set.half}) {
+            if (k != nullptr && size / radix >= k->width) {
+                eights = radix == 8;
+                return *k;
+            }
         }
     }
     eights = false;
-    return portable<T>();
+    return *choiceOf<T>(fftPortable).full;
 }
 
 } // namespace
 
-FftKernels<float> const fftPortableFloat = stages::kernels<Scalar<float>>();
-FftKernels<double> const fftPortableDouble = stages::kernels<Scalar<double>>();
-
-FftKernelSet widestFftKernelSet()
-{
-    bool const avx2 = __builtin_cpu_supports("avx2") && __builtin_cpu_supports("fma");
-    if (avx2 && __builtin_cpu_supports("avx512f") && __builtin_cpu_supports("avx512dq")
-        && __builtin_cpu_supports("avx512bw") && __builtin_cpu_supports("avx512vl"))
-        return FftKernelSet::AVX512;
-    return avx2 ? FftKernelSet::AVX2 : FftKernelSet::Portable;
-}
-
-FftKernelSet fftKernelLimit()
-{
-    return limit();
-}
-
-void setFftKernelLimit(FftKernelSet to)
-{
-    FftKernelSet const widest = widestFftKernelSet();
-    limit() = to < widest ? to : widest;
-}
-
-FftKernels<float> const& fftKernels(FftKernelSet set, float*)
-{
-    switch (set) {
-    case FftKernelSet::AVX512: return fftAvx512Float;
-    case FftKernelSet::AVX2: return fftAvx2Float;
-    default: return fftPortableFloat;
-    }
-}
-
-FftKernels<double> const& fftKernels(FftKernelSet set, double*)
-{
-    switch (set) {
-    case FftKernelSet::AVX512: return fftAvx512Double;
-    case FftKernelSet::AVX2: return fftAvx2Double;
-    default: return fftPortableDouble;
-    }
-}
+constinit FftKernels<float> const fftPortableFloat = stages::kernels<Scalar<float>>();
+constinit FftKernels<double> const fftPortableDouble = stages::kernels<Scalar<double>>();
 
 // The twiddles are computed in double for both precisions: the tables are small and made once.
 template <typename T>

@@ -8,7 +8,7 @@
 #include <numbers>
 #include <utility>
 
-namespace Cordel::IPP {
+namespace Cordel::IPP::detail {
 
 namespace {
 
@@ -259,4 +259,4 @@ void FftImpl<T>::InverseReal(T const* in, T* out)
 template class FftImpl<float>;
 template class FftImpl<double>;
 
-} // namespace Cordel::IPP
+} // namespace Cordel::IPP::detail

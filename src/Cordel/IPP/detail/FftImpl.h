@@ -1,20 +1,18 @@
 #pragma once
 // The portable radix-2 engine. It serves the orders the fast engine does not take, and its
 // arithmetic (twiddles built by repeated rotation, the real untangling, the Hartley-identity
-// inverse) is kept exactly, since callers may depend on its rounding. Exported so that the tests
-// can hold it to the same oracles at every order; the header is not installed.
+// inverse) is kept exactly, since callers may depend on its rounding.
 
-#include <Cordel/common/Export.h>
 #include <Cordel/IPP/Memory.h>
 
 #include <memory>
 
-namespace Cordel::IPP {
+namespace Cordel::IPP::detail {
 
 enum class FftMode { Real = 0, Complex = 1 };
 
 template <typename T>
-class CORDEL_API FftImpl {
+class FftImpl {
 public:
     FftImpl(FftMode mode, unsigned int n);
     FftImpl(FftImpl const&) = delete;
@@ -46,4 +44,4 @@ private:
 extern template class FftImpl<float>;
 extern template class FftImpl<double>;
 
-} // namespace Cordel::IPP
+} // namespace Cordel::IPP::detail

@@ -14,7 +14,7 @@
 // are interleaved in blocks of s before they are stored, with twiddles tabulated per m.
 // The last pass (p = 0 only) needs no twiddles.
 
-#include <Cordel/common/Export.h>
+#include <Cordel/IPP/detail/Dispatch.h>
 
 #include <cstddef>
 
@@ -123,21 +123,7 @@ struct FftKernels {
     unsigned char const* pairedLanes;
 };
 
-enum class FftKernelSet { Portable, AVX2, AVX512 };
-
-// The widest set this processor supports (AVX2 with FMA, AVX-512 F/DQ/BW/VL).
-CORDEL_API FftKernelSet widestFftKernelSet();
-
-// The widest set that states made from now on may use; by default the widest supported one.
-// Exported for the tests, which lower it to run each set; not to be changed while another thread
-// is making a state.
-CORDEL_API FftKernelSet fftKernelLimit();
-CORDEL_API void setFftKernelLimit(FftKernelSet limit);
-
-FftKernels<float> const& fftKernels(FftKernelSet set, float*);
-FftKernels<double> const& fftKernels(FftKernelSet set, double*);
-
-// Each set's table (FftFast.cpp, FftKernels_avx2.cpp, FftKernels_avx512.cpp).
+// Each build's kernels (FftFast.cpp, FftKernels_avx2.cpp, FftKernels_avx512.cpp).
 extern FftKernels<float> const fftPortableFloat;
 extern FftKernels<double> const fftPortableDouble;
 extern FftKernels<float> const fftAvx2Float;
@@ -147,5 +133,11 @@ extern FftKernels<double> const fftAvx512Double;
 // The 256-bit kernels built for AVX-512 (32 registers).
 extern FftKernels<float> const fftAvx512HalfFloat;
 extern FftKernels<double> const fftAvx512HalfDouble;
+
+// The FFT's entries in the dispatch table.
+inline constexpr FftEntry fftPortable{{&fftPortableFloat, nullptr, false}, {&fftPortableDouble, nullptr, false}};
+inline constexpr FftEntry fftAvx2{{&fftAvx2Float, nullptr, false}, {&fftAvx2Double, nullptr, false}};
+inline constexpr FftEntry fftAvx512{{&fftAvx512Float, &fftAvx512HalfFloat, true},
+                                    {&fftAvx512Double, &fftAvx512HalfDouble, true}};
 
 } // namespace Cordel::IPP::detail

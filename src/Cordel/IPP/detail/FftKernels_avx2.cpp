@@ -9,7 +9,7 @@
 
 namespace Cordel::IPP::detail {
 
-FftKernels<float> const fftAvx2Float = stages::kernels<F8>();
-FftKernels<double> const fftAvx2Double = stages::kernels<D4>();
+constinit FftKernels<float> const fftAvx2Float = stages::kernels<F8>();
+constinit FftKernels<double> const fftAvx2Double = stages::kernels<D4>();
 
 } // namespace Cordel::IPP::detail

@@ -400,9 +400,9 @@ private:
 
 } // namespace
 
-FftKernels<float> const fftAvx512Float = stages::kernels<F16>();
-FftKernels<double> const fftAvx512Double = stages::kernels<D8>();
-FftKernels<float> const fftAvx512HalfFloat = stages::kernels<F8>();
-FftKernels<double> const fftAvx512HalfDouble = stages::kernels<D4>();
+constinit FftKernels<float> const fftAvx512Float = stages::kernels<F16>();
+constinit FftKernels<double> const fftAvx512Double = stages::kernels<D8>();
+constinit FftKernels<float> const fftAvx512HalfFloat = stages::kernels<F8>();
+constinit FftKernels<double> const fftAvx512HalfDouble = stages::kernels<D4>();
 
 } // namespace Cordel::IPP::detail

@@ -1,6 +1,6 @@
 #pragma once
 // The hot loops of the vector layer, written once and compiled in one translation unit per
-// instruction set (Kernels.cpp, Kernels_avx2.cpp, Kernels_avx512.cpp). Each file includes this
+// instruction set (Dispatch.cpp, Kernels_avx2.cpp, Kernels_avx512.cpp). Each file includes this
 // header after choosing its vector width; everything here has internal linkage, so the three
 // copies never meet at link time.
 //

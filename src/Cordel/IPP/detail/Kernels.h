@@ -1,5 +1,5 @@
 #pragma once
-// The table of hot loops, one instance per instruction set, and the instance in use.
+// The vector layer's hot loops: its entry in the dispatch table (Dispatch.h).
 
 namespace Cordel::IPP::detail {
 
@@ -23,16 +23,11 @@ struct Kernels {
     double (*maxDouble)(unsigned int n, double const* x);
     float (*minFloat)(unsigned int n, float const* x);
     double (*minDouble)(unsigned int n, double const* x);
+    bool operator==(Kernels const&) const = default;
 };
 
-extern Kernels const baselineKernels;
+// The wider builds (Kernels_avx2.cpp, Kernels_avx512.cpp); the portable one is Dispatch.cpp's.
 extern Kernels const avx2Kernels;
 extern Kernels const avx512Kernels;
-
-// A copy of the table in use, not a pointer to it: each call then costs one load and the jump, with
-// no second load waiting on the first. Holds the baseline loops until the load-time selection runs.
-extern Kernels activeKernels;
-
-inline Kernels const& kernels() { return activeKernels; }
 
 } // namespace Cordel::IPP::detail

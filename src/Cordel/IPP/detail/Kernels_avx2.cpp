@@ -137,6 +137,6 @@ constexpr Kernels makeAvx2Kernels()
 
 } // namespace
 
-Kernels const avx2Kernels = makeAvx2Kernels();
+constinit Kernels const avx2Kernels = makeAvx2Kernels();
 
 } // namespace Cordel::IPP::detail

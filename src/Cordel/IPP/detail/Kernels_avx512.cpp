@@ -338,6 +338,6 @@ constexpr Kernels makeAvx512Kernels()
 
 } // namespace
 
-Kernels const avx512Kernels = makeAvx512Kernels();
+constinit Kernels const avx512Kernels = makeAvx512Kernels();
 
 } // namespace Cordel::IPP::detail

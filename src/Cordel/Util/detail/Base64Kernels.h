@@ -1,30 +1,19 @@
 #pragma once
-// Internal: the bulk kernels behind Base64Encode and Base64Decode, one set per instruction set.
-// The public functions run the fastest set the CPU has, chosen once when the library is loaded;
-// the overloads taking a Base64Path run a given set, so that tests can hold every set against
-// the portable one on the same machine.
+// Internal: the bulk kernels behind Base64Encode and Base64Decode, one set per instruction set,
+// reached through the dispatch table.
 
-#include <Cordel/common/Export.h>
-#include <Cordel/common/String.h>
+#include <Cordel/IPP/detail/Dispatch.h>
 
 #include <cstddef>
-#include <vector>
 
 namespace Cordel::Util::detail {
 
 inline constexpr char base64Alphabet[] = "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+/";
 
-// AVX512 needs the byte permutes of AVX-512 VBMI on top of AVX-512 BW.
-enum class Base64Path { Scalar, AVX2, AVX512 };
-
-// A path the CPU lacks runs as Scalar.
-CORDEL_API bool Base64PathAvailable(Base64Path path);
-CORDEL_API String Base64Encode(std::vector<unsigned char> const& bytes, Base64Path path);
-CORDEL_API void Base64Decode(String const& text, std::vector<unsigned char>& bytes, Base64Path path);
-
 // Encoding kernels take whole groups of 3 bytes from the front of in[0, n), as many as they
 // handle in bulk (possibly none), and return how many bytes they consumed, a multiple of 3,
 // having written 4 characters per group to out. They never read beyond in + n.
+std::size_t Base64EncodePortable(unsigned char const* in, std::size_t n, char* out);
 std::size_t Base64EncodeAVX2(unsigned char const* in, std::size_t n, char* out);
 std::size_t Base64EncodeAVX512(unsigned char const* in, std::size_t n, char* out);
 
@@ -34,7 +23,13 @@ std::size_t Base64EncodeAVX512(unsigned char const* in, std::size_t n, char* out
 // characters to out, and may scribble on up to decodeSlack bytes after those. They never read
 // beyond in + n.
 constexpr std::size_t decodeSlack = 16;
+std::size_t Base64DecodePortable(unsigned char const* in, std::size_t n, unsigned char* out);
 std::size_t Base64DecodeAVX2(unsigned char const* in, std::size_t n, unsigned char* out);
 std::size_t Base64DecodeAVX512(unsigned char const* in, std::size_t n, unsigned char* out);
+
+// Base64's entries in the dispatch table. The AVX-512 kernels need AVX-512 VBMI besides.
+inline constexpr IPP::detail::Base64Entry base64Portable{Base64EncodePortable, Base64DecodePortable};
+inline constexpr IPP::detail::Base64Entry base64Avx2{Base64EncodeAVX2, Base64DecodeAVX2};
+inline constexpr IPP::detail::Base64Entry base64Avx512Vbmi{Base64EncodeAVX512, Base64DecodeAVX512};
 
 } // namespace Cordel::Util::detail
