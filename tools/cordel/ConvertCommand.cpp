@@ -17,12 +17,12 @@ namespace CordelTool {
 
 namespace {
 
-// Frames per read and write: 8192, fewer for very wide frames, and never more than the file holds,
-// so that a header claiming huge frames cannot make us allocate more than the file's size.
+// Frames per read and write: about 1 MB, for few system calls, and never more than the file
+// holds, so that a header claiming huge frames cannot make us allocate more than the file's size.
 unsigned int blockFrames(AudioInput const& input)
 {
     unsigned int const perFrame = std::max(1u, input.format.BytesPerFrame());
-    return std::min({8192u, std::max(1u, (1u << 22) / perFrame), input.stream->GetNumSampleFrames()});
+    return std::min(std::max(1u, (1u << 20) / perFrame), std::max(1u, input.stream->GetNumSampleFrames()));
 }
 
 SampleCoding codingOf(AudioInput const& input)
