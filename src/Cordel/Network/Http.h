@@ -42,8 +42,8 @@ struct CORDEL_API HttpResponse {
     long status = 0;
     // The headers of the last response, in the order received.
     std::vector<HttpHeader> headers;
-    // The body, unless the request sent it to a file or to its data callback. For a download to a
-    // file the body of a response that is not 2xx (an error page) is kept here instead.
+    // The body, unless the request sent it to a file or to its data callback. Those take a 2xx
+    // body only: the body of any other response (an error page) is kept here, up to 1 MiB.
     std::string body;
     // Where the last response came from, after redirects.
     String url;
@@ -103,7 +103,7 @@ struct HttpRequest {
     // Callbacks, all on the helper thread. They must not wait for a transfer of the same Http
     // object (the helper thread would wait for itself); cancelling one is fine.
     std::function<void(HttpProgress const&)> onProgress;
-    // Receives the 2xx body as it arrives instead of collecting it (not used with downloadTo).
+    // Receives a 2xx body as it arrives instead of collecting it (not used with downloadTo).
     std::function<void(char const* data, std::size_t size)> onData;
     // Called once when the transfer ends, however it ends, before waiters are woken.
     std::function<void(HttpResult const&)> onComplete;

@@ -24,7 +24,8 @@ namespace {
 
 using Clock = std::chrono::steady_clock;
 
-// The body of an error page that answers a download is kept in memory for the caller, up to this.
+// The body of an error page that answers a download or a request with a data callback is kept in
+// memory for the caller, up to this.
 constexpr std::size_t errorBodyLimit = 1 << 20;
 
 void initialiseCurlOnce()
@@ -86,12 +87,14 @@ struct ActiveTransfer : noncopyable {
     std::size_t uploaded = 0;
     HttpResponse response;
 
-    // A download: the part file, how much of it was there before, and whether the current
-    // response's body goes into it (a 2xx) or into response.body (an error page).
+    // A download: the part file and how much of it was there before.
     int fd = -1;
     String partPath;
     unsigned long long resumedFrom = 0;
+    // Where the current response's body goes: a 2xx body to the part file or the data callback
+    // when the request has one, anything else (an error page) into response.body.
     bool bodyToFile = false;
+    bool bodyToCallback = false;
 
     bool sawHttps = false;
     bool connected = false; // the stall clock runs from the first connection on
@@ -110,7 +113,9 @@ void headersComplete(Active& a)
 {
     long status = 0;
     curl_easy_getinfo(a.easy, CURLINFO_RESPONSE_CODE, &status);
-    a.bodyToFile = a.fd >= 0 && status >= 200 && status < 300;
+    bool const success = status >= 200 && status < 300;
+    a.bodyToFile = a.fd >= 0 && success;
+    a.bodyToCallback = a.fd < 0 && a.request.onData && success;
     if (!a.bodyToFile || a.resumedFrom == 0)
         return;
     if (status == 206) {
@@ -171,16 +176,16 @@ std::size_t onBody(char* data, std::size_t size, std::size_t count, void* user)
             a.fail(String("cannot write %1: %2").Arg(a.partPath).Arg(errnoText(errno)), errno);
             return 0;
         }
-    } else if (a.fd >= 0)
-        a.response.body.append(data, std::min(length, errorBodyLimit - std::min(errorBodyLimit, a.response.body.size())));
-    else if (a.request.onData) {
+    } else if (a.bodyToCallback) {
         try {
             a.request.onData(data, length);
         } catch (std::exception const& e) {
             a.fail(String("the data callback threw: %1").Arg(e.what()));
             return 0;
         }
-    } else
+    } else if (a.fd >= 0 || a.request.onData)
+        a.response.body.append(data, std::min(length, errorBodyLimit - std::min(errorBodyLimit, a.response.body.size())));
+    else
         a.response.body.append(data, length);
     return length;
 }
