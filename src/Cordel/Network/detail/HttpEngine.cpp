@@ -291,6 +291,8 @@ void configure(Active& a)
     // The library's CA folder (the system store) stays in use beside the file.
     if (!r.caFile.IsEmpty())
         curl_easy_setopt(e, CURLOPT_CAINFO, r.caFile.c_str());
+    // Larger reads than the default 16 KiB: a quarter of the system calls on a fast download.
+    curl_easy_setopt(e, CURLOPT_BUFFERSIZE, 128L * 1024);
     curl_easy_setopt(e, CURLOPT_USERAGENT, (String("Cordel/") + GetVersionString()).c_str());
 
     for (HttpHeader const& h : r.headers)
