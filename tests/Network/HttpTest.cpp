@@ -368,7 +368,7 @@ long peakKilobytes()
 TEST_F(HttpClient, LargeBodiesStreamInBoundedMemory)
 {
     std::size_t const size = std::size_t(100) << 20;
-    long const before = peakKilobytes();
+    [[maybe_unused]] long const before = peakKilobytes();
     HttpRequest r = get(server.URL("/bytes/" + std::to_string(size)));
     r.downloadTo = PathOf("large.bin").c_str();
     HttpResult const result = run(r);

@@ -9,8 +9,42 @@ namespace Cordel::Network {
 
 namespace detail {
 
+namespace {
+
+String own(String const& s)
+{
+    return String(s.View());
+}
+
+void own(std::vector<HttpHeader>& headers)
+{
+    for (HttpHeader& h : headers)
+        h = {own(h.name), own(h.value)};
+}
+
+} // namespace
+
+HttpRequest Detached(HttpRequest r)
+{
+    r.url = own(r.url);
+    own(r.headers);
+    for (auto& field : r.form)
+        field = {own(field.first), own(field.second)};
+    r.downloadTo = own(r.downloadTo);
+    r.caFile = own(r.caFile);
+    return r;
+}
+
+HttpResult Detached(HttpResult r)
+{
+    own(r.response.headers);
+    r.response.url = own(r.response.url);
+    r.reason = own(r.reason);
+    return r;
+}
+
 Transfer::Transfer(HttpRequest request, HttpEngine* engine)
-    : request(std::move(request)), lock("Http Transfer"), ended("Http Transfer Ended"), engine(engine)
+    : request(Detached(std::move(request))), lock("Http Transfer"), ended("Http Transfer Ended"), engine(engine)
 {
 }
 
@@ -82,7 +116,7 @@ HttpResult HttpTransfer::GetResult() const
         return result;
     transfer->lock.Lock();
     if (transfer->finished)
-        result = transfer->result;
+        result = detail::Detached(transfer->result);
     transfer->lock.Unlock();
     return result;
 }
@@ -93,7 +127,7 @@ HttpResponse HttpTransfer::GetResponse() const
     if (result.outcome == HttpResult::Completed)
         return result.response;
     using Exception::HttpError;
-    String const url = transfer ? transfer->request.url : String();
+    String const url(transfer ? transfer->request.url.View() : std::string_view());
     HttpError::Kind const kind = result.outcome == HttpResult::Cancelled ? HttpError::Cancelled : HttpError::Failed;
     Cordel::Exception::Throw(HttpError(String("%1: %2").Arg(url).Arg(result.reason), kind, url, result.reason,
                                        result.response.status),
@@ -120,7 +154,7 @@ HttpResponse Http::Fetch(HttpRequest request, checked_value<unsigned int> const&
     if (!transfer.Wait(timeoutMs)) {
         transfer.Cancel();
         transfer.Wait();
-        String const& url = transfer.transfer->request.url;
+        String const url(transfer.transfer->request.url.View());
         String const reason = String("no answer within %1 ms").Arg(timeoutMs.Get());
         Cordel::Exception::Throw(Exception::HttpError(String("%1: %2").Arg(url).Arg(reason),
                                                       Exception::HttpError::TimedOut, url, reason,

@@ -101,7 +101,9 @@ struct HttpRequest {
     String caFile;
 
     // Callbacks, all on the helper thread. They must not wait for a transfer of the same Http
-    // object (the helper thread would wait for itself); cancelling one is fine.
+    // object (the helper thread would wait for itself); cancelling one is fine. The Strings they
+    // are given belong to the helper thread: String shares text under a count that is not atomic,
+    // so a callback that hands text to another thread hands over a copy (String(s.View())).
     std::function<void(HttpProgress const&)> onProgress;
     // Receives a 2xx body as it arrives instead of collecting it (not used with downloadTo).
     std::function<void(char const* data, std::size_t size)> onData;
@@ -110,7 +112,9 @@ struct HttpRequest {
 };
 
 // The handle of a started request. Copies refer to the same transfer; a default-constructed
-// handle refers to none. The handle may outlive the Http object that started it.
+// handle refers to none. The handle may outlive the Http object that started it. Any thread may
+// use it; what it returns is the caller's own (the request's and the result's text is copied
+// when the request starts and whenever a result is handed out).
 class CORDEL_API HttpTransfer {
 public:
     HttpTransfer();

@@ -514,7 +514,7 @@ void HttpEngine::finish(ActiveTransfer& a, int outcome, String const& reason, in
         }
     }
     t.lock.Lock();
-    t.result = std::move(result);
+    t.result = Detached(std::move(result));
     t.finished = true;
     t.engine = nullptr;
     t.ended.WakeAll();

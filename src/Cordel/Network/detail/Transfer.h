@@ -11,6 +11,12 @@ namespace Cordel::Network::detail {
 
 class HttpEngine;
 
+// String shares its text under a count that is not atomic, so no String may be shared by two
+// threads. Whatever crosses between a caller's thread and the helper thread is copied into text
+// of its own on the way.
+HttpRequest Detached(HttpRequest request);
+HttpResult Detached(HttpResult result);
+
 struct Transfer : noncopyable {
     Transfer(HttpRequest request, HttpEngine* engine);
 
@@ -19,7 +25,7 @@ struct Transfer : noncopyable {
     // Set from any thread, read by the helper thread and by its callbacks.
     std::atomic<bool> cancelRequested{false};
 
-    // The fields below are under lock. engine is null once the transfer has finished: the engine
+    // The fields below are under lock; result holds text of its own, copied in and out. engine is null once the transfer has finished: the engine
     // finishes every transfer before it goes away, so a Cancel that finds the transfer unfinished
     // (under the lock) may still wake the engine.
     Atomic::CriticalSection lock;
