@@ -89,5 +89,11 @@
 #include <Cordel/Util/Time.h>
 #include <Cordel/Util/TinyXML.h>
 
+// Network.
+#include <Cordel/Network/BadURLEncoding.h>
+#include <Cordel/Network/Http.h>
+#include <Cordel/Network/HttpError.h>
+#include <Cordel/Network/URLEncode.h>
+
 // Developer tools.
 #include <Cordel/Util/CommandLine.h>
