@@ -4,54 +4,21 @@
 
 #include <Cordel/Audio/Decode/Stream.h>
 
+#include "CordelTool.h"
 #include "RiffBuilder.h"
-#include "TempFolder.h"
 
 #include <cmath>
 #include <cstdlib>
-#include <fstream>
 #include <numbers>
-#include <sstream>
 #include <string>
-#include <sys/wait.h>
 #include <vector>
 
 using namespace Cordel;
 
 namespace {
 
-struct Outcome {
-    int status;
-    std::string out;
-    std::string err;
-};
-
-std::string const tool = std::string(CORDEL_TEST_BINARY_DIR) + "/../tools/cordel/cordel";
-
-class CordelAudioCommands : public CordelTest::TempFolder {
+class CordelAudioCommands : public CordelTest::ToolFolder {
 protected:
-    void SetUp() override
-    {
-        if (!std::filesystem::exists(tool))
-            GTEST_SKIP() << "the cordel tool is not built";
-        TempFolder::SetUp();
-    }
-
-    Outcome cordel(std::string const& arguments)
-    {
-        std::string const out = PathOf("stdout.txt"), err = PathOf("stderr.txt");
-        int const raw = std::system(("cd " + folder.string() + " && " + tool + " " + arguments + " >" + out + " 2>" + err).c_str());
-        return {WIFEXITED(raw) ? WEXITSTATUS(raw) : -1, slurp(out), slurp(err)};
-    }
-
-    static std::string slurp(std::string const& path)
-    {
-        std::ifstream in(path);
-        std::stringstream text;
-        text << in.rdbuf();
-        return text.str();
-    }
-
     struct Decoded {
         Audio::WaveFormat format;
         std::vector<float> samples;
@@ -66,15 +33,13 @@ protected:
         reader->ReadFloatInterleaved(reader->GetNumSampleFrames(), d.samples.data(), n);
         return d;
     }
-
-    bool exists(std::string const& name) const { return std::filesystem::exists(folder / name); }
 };
 
 TEST_F(CordelAudioCommands, GeneratedToneHasTheAskedFormatAndSignal)
 {
-    Outcome const made = cordel("generate tone tone.wav --freq 1000 --seconds 0.5 --rate 48000 --channels 2 --bits 24 --level-db -6");
+    CordelTest::ToolOutcome const made = cordel("generate tone tone.wav --freq 1000 --seconds 0.5 --rate 48000 --channels 2 --bits 24 --level-db -6");
     ASSERT_EQ(made.status, 0) << made.err;
-    Outcome const info = cordel("info --json tone.wav");
+    CordelTest::ToolOutcome const info = cordel("info --json tone.wav");
     ASSERT_EQ(info.status, 0) << info.err;
     for (char const* field : {"\"type\": \"WAV\"", "\"channels\": 2", "\"sampleRate\": 48000", "\"bits\": 24", "\"float\": false",
                               "\"frames\": 24000", "\"duration\": 0.500000"})
@@ -144,7 +109,7 @@ TEST_F(CordelAudioCommands, ConvertingSampleFormatsFollowsTheLibrarysRules)
     // 16-bit samples survive float exactly.
     EXPECT_EQ(CordelTest::readFile(PathOf("t16.wav")), CordelTest::readFile(PathOf("t16-back.wav")));
 
-    Outcome const info = cordel("info tf.aiff");
+    CordelTest::ToolOutcome const info = cordel("info tf.aiff");
     EXPECT_NE(info.out.find("type           AIFF"), std::string::npos) << info.out;
     EXPECT_NE(info.out.find("bits           32 (float)"), std::string::npos) << info.out;
 
@@ -156,7 +121,7 @@ TEST_F(CordelAudioCommands, ConvertingSampleFormatsFollowsTheLibrarysRules)
 
 TEST_F(CordelAudioCommands, FailuresNameTheFileAndExitWithTheirCode)
 {
-    Outcome missing = cordel("info nothere.wav");
+    CordelTest::ToolOutcome missing = cordel("info nothere.wav");
     EXPECT_EQ(missing.status, 1);
     EXPECT_NE(missing.err.find("nothere.wav: No such file or directory"), std::string::npos) << missing.err;
 
@@ -169,12 +134,12 @@ TEST_F(CordelAudioCommands, FailuresNameTheFileAndExitWithTheirCode)
                                                    .zeros(100)
                                                    .data));
     ASSERT_EQ(cordel("generate tone good.wav --seconds 0.01").status, 0);
-    Outcome const mixed = cordel("info good.wav short.wav");
+    CordelTest::ToolOutcome const mixed = cordel("info good.wav short.wav");
     EXPECT_EQ(mixed.status, 1);
     EXPECT_NE(mixed.out.find("good.wav"), std::string::npos);
     EXPECT_NE(mixed.err.find("short.wav: Didn't find data chunk"), std::string::npos) << mixed.err;
 
-    Outcome const convert = cordel("convert short.wav out.wav");
+    CordelTest::ToolOutcome const convert = cordel("convert short.wav out.wav");
     EXPECT_EQ(convert.status, 1);
     EXPECT_NE(convert.err.find("short.wav: Didn't find data chunk"), std::string::npos) << convert.err;
     EXPECT_FALSE(exists("out.wav"));
