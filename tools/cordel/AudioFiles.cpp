@@ -1,5 +1,6 @@
 #include "AudioFiles.h"
 
+#include <Cordel/Audio/Decode/Open.h>
 #include <Cordel/Audio/Encode/AIFF/Encoder.h>
 #include <Cordel/Audio/Encode/WAV/Encoder.h>
 
@@ -23,18 +24,15 @@ AudioInput OpenAudioFile(String const& path)
     if (::access(path.c_str(), R_OK) != 0)
         FailFile(path, std::strerror(errno));
     return AboutFile(path, [&] {
-        AudioInput input{path, Audio::Decode::Stream::Instantiate(FilePath(path)), nullptr, {}};
-        input.decoder = dynamic_cast<Audio::Decode::PCMDecoder*>(input.stream.get());
-        if (!input.decoder)
-            FailFile(path, "not a WAV or AIFF file");
-        input.format = input.stream->Sync();
+        AudioInput input{path, Audio::Decode::Open(FilePath::Exact(path)), {}};
+        input.format = input.stream->GetWaveFormat();
         return input;
     });
 }
 
 Container ChooseContainer(Util::TextArg const& option, String const& path)
 {
-    String const name = option.IsSet() ? option.Get().ToLower() : FilePath(path, false).GetExtension().ToLower();
+    String const name = option.IsSet() ? option.Get().ToLower() : FilePath::Exact(path).GetExtension().ToLower();
     if (name == "wav" || name == "wave")
         return Container::WAV;
     if (name == "aif" || name == "aiff" || name == "aifc")
@@ -53,8 +51,8 @@ std::unique_ptr<Audio::Encode::PCMEncoder> MakeWriter(Container container, Strin
                                                       Audio::WaveFormat const& format)
 {
     if (container == Container::WAV)
-        return std::make_unique<Audio::Encode::WAV::Encoder>(FilePath(path), format);
-    return std::make_unique<Audio::Encode::AIFF::Encoder>(FilePath(path), format);
+        return std::make_unique<Audio::Encode::WAV::Encoder>(FilePath::Exact(path), format);
+    return std::make_unique<Audio::Encode::AIFF::Encoder>(FilePath::Exact(path), format);
 }
 
 void ApplySampleOptions(Util::IntArg const& bits, Util::FlagArg const& isFloat, Audio::WaveFormat& format)

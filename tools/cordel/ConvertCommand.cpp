@@ -25,7 +25,7 @@ unsigned int blockFrames(AudioInput const& input)
 
 // How the writer wants the bytes of one sample: WAV little-endian with unsigned 8-bit samples,
 // AIFF big-endian with signed ones.
-Audio::Decode::PCMDecoder::SampleCoding codingOf(Container container)
+Audio::Decode::Stream::SampleCoding codingOf(Container container)
 {
     bool const aiff = container == Container::AIFF;
     return {aiff, aiff};
@@ -37,7 +37,7 @@ void copySamples(AudioInput& input, Audio::Encode::PCMEncoder& writer, String co
                  Progress& progress)
 {
     Audio::WaveFormat const& f = input.format;
-    auto const from = input.decoder->GetSampleCoding();
+    auto const from = input.stream->GetSampleCoding();
     auto const to = codingOf(container);
     bool const swap = f.bytesPerSample > 1 && from.bigEndian != to.bigEndian;
     bool const flipSign = f.bytesPerSample == 1 && !f.isFloat && from.signedBytes != to.signedBytes;
@@ -109,7 +109,7 @@ int convert(Args const& args)
 
     OutputGuard guard(out.Get());
     auto writer = MakeWriter(container, out.Get(), target);
-    Progress progress(String("converting %1").Arg(FilePath(in.Get(), false).GetFilename()), frames);
+    Progress progress(String("converting %1").Arg(FilePath::Exact(in.Get()).GetFilename()), frames);
     AboutFile(out.Get(), [&] { writer->Open(); });
     if (copy)
         copySamples(input, *writer, out.Get(), container, progress);

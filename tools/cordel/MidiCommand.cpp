@@ -68,7 +68,7 @@ int info(Args const& args)
     line.AddPositional(file);
     if (ParseOrHelp(line, args))
         return 0;
-    MIDI::Decode::Decoder decoder{FilePath(file.Get())};
+    MIDI::Decode::Decoder decoder{FilePath::Exact(file.Get()), {.acceptFormat0 = true}};
     if (!parse(decoder, file.Get()))
         return 1;
     Print(String("File:      %1\n").Arg(file.Get()));
@@ -125,7 +125,7 @@ int dump(Args const& args)
                      "Meta events and sysex are not shown.\n");
     if (ParseOrHelp(line, args))
         return 0;
-    MIDI::Decode::Decoder decoder{FilePath(file.Get())};
+    MIDI::Decode::Decoder decoder{FilePath::Exact(file.Get()), {.acceptFormat0 = true}};
     if (!parse(decoder, file.Get()))
         return 1;
     std::vector<MIDIMessage> events;
@@ -320,7 +320,7 @@ int write(Args const& args)
     std::istringstream lines(text);
     WriteInput description;
     description.Read(lines);
-    description.Write(FilePath(out.Get()));
+    description.Write(FilePath::Exact(out.Get()));
     if (description.TrackCount() == 0)
         PrintError("cordel midi write: the description has no tracks; the file has none\n");
     return 0;
