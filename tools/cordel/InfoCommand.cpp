@@ -84,10 +84,10 @@ String asText(FileInfo const& info)
     text += String("  duration       %1 s\n").Arg(seconds(info), 3);
     text += String("  channel mask   0x%1\n").Arg(f.channelMask, 16);
     text += String("  chunks         %1\n").Arg(chunkList(info.chunks));
-    if (info.unlistedCount)
-        text += String("                 and %1\n").Arg(unlisted(info));
     if (info.type == "AIFF")
         text += String("  APPL chunks    %1\n").Arg(chunkList(info.applicationChunks));
+    if (info.unlistedCount)
+        text += String("                 and %1\n").Arg(unlisted(info));
     return text;
 }
 

@@ -21,8 +21,14 @@ public:
     // The header at a file position; false when fewer than 8 bytes remain there. Moves the file
     // position when it refills the window.
     bool Read(unsigned long long at, unsigned int& id, unsigned int& size);
+    // The big-endian 32-bit value at a file position (an AIFF application chunk's signature);
+    // the caller has checked that the file holds it.
+    unsigned int Word(unsigned long long at);
 
 private:
+    // Makes the window cover count bytes from at, which the file holds.
+    unsigned char const* cover(unsigned long long at, unsigned int count);
+
     static constexpr unsigned int windowSize = 65536;
 
     Util::File& file;

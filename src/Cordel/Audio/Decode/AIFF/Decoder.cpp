@@ -105,8 +105,7 @@ WaveFormat Decoder::Sync()
                 }
             }
         } else if (id == FourCC("APPL") && size >= 4) {
-            file.At(body);
-            listChunk(applicationChunks, {readUInt32(), body + 4, size - 4}, static_cast<unsigned int>(at));
+            listChunk(applicationChunks, {headers.Word(body), body + 4, size - 4}, static_cast<unsigned int>(at));
         } else {
             listChunk(chunks, {id, body, size}, static_cast<unsigned int>(at));
         }
@@ -142,14 +141,9 @@ bool Decoder::findUnlisted(unsigned int id, bool application, unsigned int from,
             found = {id, body, size};
             return true;
         }
-        if (application) {
-            unsigned char signature[4];
-            walking.At(body);
-            walking.ReadBlock(reinterpret_cast<char*>(signature), 4);
-            if (bigEndian32(signature) == id) {
-                found = {id, body + 4, size - 4};
-                return true;
-            }
+        if (application && headers.Word(body) == id) {
+            found = {id, body + 4, size - 4};
+            return true;
         }
     }
     return false;
