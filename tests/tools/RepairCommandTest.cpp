@@ -60,6 +60,13 @@ TEST_F(RepairCommand, PipedFfmpegOutputBecomesAFileEveryReaderTakes)
     EXPECT_EQ(r.out, "fixed.wav: 24000 frames kept\n");
     EXPECT_EQ(soxSamples("fixed.wav"), soxSamples("reference.wav"));
     shell("sndfile-info fixed.wav | grep -q 'Frames *: 24000'");
+    // AIFF too: ffmpeg leaves the FORM and SSND sizes and COMM's frame count at 0.
+    shell("ffmpeg -loglevel error -i reference.wav -c:a pcm_s16be -f aiff - > piped.aiff && "
+          "ffmpeg -loglevel error -i reference.wav -c:a pcm_s16be reference.aiff");
+    ASSERT_EQ(cordel("repair piped.aiff fixed.aiff").status, 0);
+    shell("sndfile-info fixed.aiff | grep -q 'Frames *: 24000'");
+    EXPECT_EQ(soxSamples("fixed.aiff"), soxSamples("reference.aiff"));
+
     // Standard output gets the same bytes.
     ToolOutcome const piped = cordel("repair piped.wav -");
     ASSERT_EQ(piped.status, 0) << piped.err;

@@ -5,9 +5,12 @@
 // A concrete reader's Sync parses its header, fills in the format, the sample coding and the
 // chunk list, and calls finishSync. Everything after that is common.
 //
-// Chunks: GetApplicationChunk of an identifier that is not listed empties the vector; of one
-// listed twice it returns the first. Fetching a chunk moves the file position, which does not
-// matter: every sample read positions the file itself before reading.
+// Chunks: GetApplicationChunk of an identifier the file does not hold empties the vector; of one
+// held twice it returns the first. Only the first ChunkListLimit chunks are kept in the lists;
+// one past them is found by walking the file again from there, so that a file of millions of
+// chunks costs no more memory than a normal one and every chunk can still be fetched. Fetching
+// a chunk moves the file position, which does not matter: every sample read positions the file
+// itself before reading.
 // A read whose conversion the file's samples do not support throws before it consumes anything.
 
 #include <Cordel/Audio/Decode/Stream.h>
