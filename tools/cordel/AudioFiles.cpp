@@ -1,28 +1,21 @@
 #include "AudioFiles.h"
 
 #include <Cordel/Audio/Decode/Open.h>
+#include "Command.h"
+
 #include <Cordel/Audio/Encode/AIFF/Encoder.h>
 #include <Cordel/Audio/Encode/WAV/Encoder.h>
 
-#include <cerrno>
 #include <cstdio>
-#include <cstring>
 #include <unistd.h>
 
 using namespace Cordel;
 
 namespace CordelTool {
 
-void FailFile(String const& path, String const& reason)
-{
-    throw Exception::Base(String("%1: %2").Arg(path).Arg(reason));
-}
-
 AudioInput OpenAudioFile(String const& path)
 {
-    // The library says only that the file did not open; the system knows why.
-    if (::access(path.c_str(), R_OK) != 0)
-        FailFile(path, std::strerror(errno));
+    CheckReadable(path);
     return AboutFile(path, [&] {
         AudioInput input{path, Audio::Decode::Open(FilePath::Exact(path)), {}};
         input.format = input.stream->GetWaveFormat();
@@ -47,12 +40,12 @@ char const* ContainerName(Container container)
     return container == Container::WAV ? "WAV" : "AIFF";
 }
 
-std::unique_ptr<Audio::Encode::PCMEncoder> MakeWriter(Container container, String const& path,
+std::unique_ptr<Audio::Encode::PCMEncoder> MakeWriter(Container container, FilePath const& path,
                                                       Audio::WaveFormat const& format)
 {
     if (container == Container::WAV)
-        return std::make_unique<Audio::Encode::WAV::Encoder>(FilePath::Exact(path), format);
-    return std::make_unique<Audio::Encode::AIFF::Encoder>(FilePath::Exact(path), format);
+        return std::make_unique<Audio::Encode::WAV::Encoder>(path, format);
+    return std::make_unique<Audio::Encode::AIFF::Encoder>(path, format);
 }
 
 void ApplySampleOptions(Util::IntArg const& bits, Util::FlagArg const& isFloat, Audio::WaveFormat& format)
@@ -80,12 +73,6 @@ void CheckDataSize(String const& path, unsigned long long frames, Audio::WaveFor
         FailFile(path, String("%1 frames of %2 bytes are more than a 4 GiB file holds")
                            .Arg(frames)
                            .Arg(format.BytesPerFrame()));
-}
-
-OutputGuard::~OutputGuard()
-{
-    if (!keep)
-        ::unlink(path.c_str()); // never a folder, unlike remove()
 }
 
 Progress::Progress(String const& label, unsigned long long total)

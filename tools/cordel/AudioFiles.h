@@ -1,6 +1,6 @@
 #pragma once
-// What the audio commands share: failures that name their file, the choice of writer, the
-// sample format options and a progress bar.
+// What the audio commands share: the choice of reader and writer, the sample format options and
+// a progress bar.
 
 #include <Cordel/Audio/Decode/Stream.h>
 #include <Cordel/Audio/Encode/PCMEncoder.h>
@@ -10,22 +10,6 @@
 #include <memory>
 
 namespace CordelTool {
-
-// Throws Exception::Base with the text "<path>: <reason>", which the tool reports with exit 1.
-[[noreturn]] void FailFile(Cordel::String const& path, Cordel::String const& reason);
-
-// Runs work and turns a library failure into one that names the file.
-template <typename Work>
-auto AboutFile(Cordel::String const& path, Work&& work) -> decltype(work())
-{
-    try {
-        return work();
-    } catch (Cordel::Util::CommandLine::Error const&) {
-        throw;
-    } catch (Cordel::Exception::Base const& e) {
-        FailFile(path, e.GetMessage());
-    }
-}
 
 // A synced reader for a WAV, AIFF or AIFF-C file, recognised by its content; an interrupted
 // recording is recovered (the reader says so).
@@ -43,7 +27,7 @@ Container ChooseContainer(Cordel::Util::TextArg const& option, Cordel::String co
 char const* ContainerName(Container container);
 
 // The writer for a file; nothing touches the disk before Open.
-std::unique_ptr<Cordel::Audio::Encode::PCMEncoder> MakeWriter(Container container, Cordel::String const& path,
+std::unique_ptr<Cordel::Audio::Encode::PCMEncoder> MakeWriter(Container container, Cordel::FilePath const& path,
                                                               Cordel::Audio::WaveFormat const& format);
 
 // The --bits and --float options: 16, 24 or 32-bit integers, or 32-bit float. Unset options keep
@@ -53,20 +37,6 @@ void ApplySampleOptions(Cordel::Util::IntArg const& bits, Cordel::Util::FlagArg 
 
 // Throws when frames of the format would not fit the 32-bit sizes of the sample data chunk.
 void CheckDataSize(Cordel::String const& path, unsigned long long frames, Cordel::Audio::WaveFormat const& format);
-
-// Removes a half-written output after a failure, unless disarmed.
-class OutputGuard {
-public:
-    explicit OutputGuard(Cordel::String const& path) : path(path) {}
-    ~OutputGuard();
-    OutputGuard(OutputGuard const&) = delete;
-    OutputGuard& operator=(OutputGuard const&) = delete;
-    void Keep() { keep = true; }
-
-private:
-    Cordel::String path;
-    bool keep = false;
-};
 
 // A bar on standard error, drawn only when standard error is a terminal.
 class Progress {

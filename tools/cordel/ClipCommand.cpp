@@ -4,7 +4,12 @@
 
 #include <Cordel/Util/Clipboard.h>
 
+#include <algorithm>
 #include <cstdio>
+#include <cstdlib>
+#include <string>
+#include <string_view>
+#include <unistd.h>
 
 using namespace Cordel;
 
@@ -44,6 +49,22 @@ std::vector<unsigned char> readInput()
     return data;
 }
 
+// Fails unless DISPLAY names a display; one on this machine must have its socket.
+void checkDisplay()
+{
+    char const* display = std::getenv("DISPLAY");
+    if (!display || !*display)
+        throw Exception::Base("no clipboard: DISPLAY is not set");
+    std::string_view const name = display;
+    if (name.front() != ':' && name.rfind("unix:", 0) != 0)
+        return;
+    std::string_view number = name.substr(name.find(':') + 1);
+    number = number.substr(0, number.find('.'));
+    std::string const socket = "/tmp/.X11-unix/X" + std::string(number);
+    if (::access(socket.c_str(), F_OK) != 0)
+        throw Exception::Base(String("no clipboard: display %1 is not running").Arg(display));
+}
+
 int clip(Args const& args)
 {
     Util::CommandLine line("cordel clip", "Copies standard input to the clipboard, or pastes the clipboard to standard output.");
@@ -58,8 +79,12 @@ int clip(Args const& args)
     unsigned int const code = parseFormat(format.IsSet() ? format.Get() : String("TEXT"));
     bool const text = code == Util::Clipboard::TextFormat;
 
+    // Without a display the library keeps the data inside this process, which ends at once.
+    checkDisplay();
     if (action.Get() == "copy") {
         auto const data = readInput();
+        if (text && std::find(data.begin(), data.end(), 0) != data.end())
+            throw Exception::Base("standard input holds a NUL byte, where text ends; copy it under another --format");
         if (text)
             Util::Clipboard::SetContent(nullptr, {}, {}, String(std::string_view(reinterpret_cast<char const*>(data.data()), data.size())));
         else

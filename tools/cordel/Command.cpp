@@ -1,7 +1,12 @@
 #include "Command.h"
 
 #include <algorithm>
+#include <cerrno>
 #include <cstdio>
+#include <cstring>
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
 
 namespace CordelTool {
 
@@ -42,6 +47,23 @@ bool ParseOrHelp(Cordel::Util::CommandLine& line, Args const& args)
     if (line.HelpRequested())
         Print(line.GetHelp());
     return line.HelpRequested();
+}
+
+void FailFile(Cordel::String const& path, Cordel::String const& reason)
+{
+    throw FileFailure(path, reason, Cordel::String());
+}
+
+void CheckReadable(Cordel::String const& path)
+{
+    int const file = ::open(path.c_str(), O_RDONLY | O_CLOEXEC);
+    if (file < 0)
+        FailFile(path, std::strerror(errno));
+    struct stat status{};
+    bool const folder = ::fstat(file, &status) == 0 && S_ISDIR(status.st_mode);
+    ::close(file);
+    if (folder)
+        FailFile(path, "is a folder");
 }
 
 void Print(Cordel::String const& text)

@@ -2,6 +2,7 @@
 
 #include "AudioFiles.h"
 #include "Command.h"
+#include "SafeOutput.h"
 
 #include <Cordel/IPP/Memory.h>
 
@@ -112,8 +113,8 @@ int generate(Args const& args)
     Container const container = ChooseContainer(format, out.Get());
     CheckDataSize(out.Get(), settings.frames, waveFormat);
 
-    OutputGuard guard(out.Get());
-    auto writer = MakeWriter(container, out.Get(), waveFormat);
+    SafeOutput output(out.Get());
+    auto writer = MakeWriter(container, output.WriterPath(), waveFormat);
     Generator generator(settings);
     aligned_vector<float> block(std::size_t(blockFrames) * settings.channels);
     Progress progress(String("generating %1").Arg(FilePath::Exact(out.Get()).GetFilename()), settings.frames);
@@ -128,7 +129,7 @@ int generate(Args const& args)
         }
         writer->Close();
     });
-    guard.Keep();
+    output.Commit();
     return 0;
 }
 

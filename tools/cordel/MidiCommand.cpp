@@ -2,6 +2,7 @@
 
 #include "Command.h"
 #include "Input.h"
+#include "SafeOutput.h"
 
 #include <Cordel/MIDI/Decode/Decoder.h>
 #include <Cordel/MIDI/Encode/Encoder.h>
@@ -51,14 +52,13 @@ TypeName const* findType(std::string const& name)
     return nullptr;
 }
 
-// Parses the file or reports why it could not and returns false.
-bool parse(MIDI::Decode::Decoder& decoder, String const& path)
+// Parses the file or fails saying why it could not.
+void parse(MIDI::Decode::Decoder& decoder, String const& path)
 {
+    CheckReadable(path);
     String error;
-    if (decoder.Parse(error))
-        return true;
-    PrintError(String("cordel midi: %1: %2\n").Arg(path).Arg(error));
-    return false;
+    if (!AboutFile(path, [&] { return decoder.Parse(error); }))
+        FailFile(path, error);
 }
 
 int info(Args const& args)
@@ -69,8 +69,7 @@ int info(Args const& args)
     if (ParseOrHelp(line, args))
         return 0;
     MIDI::Decode::Decoder decoder{FilePath::Exact(file.Get()), {.acceptFormat0 = true}};
-    if (!parse(decoder, file.Get()))
-        return 1;
+    parse(decoder, file.Get());
     Print(String("File:      %1\n").Arg(file.Get()));
     Print(String("Format:    %1\n").Arg(decoder.GetFormat()));
     Print(String("Tracks:    %1 declared, %2 decoded\n").Arg(decoder.GetDeclaredTrackCount()).Arg(decoder.GetNumDecodedTracks()));
@@ -126,8 +125,7 @@ int dump(Args const& args)
     if (ParseOrHelp(line, args))
         return 0;
     MIDI::Decode::Decoder decoder{FilePath::Exact(file.Get()), {.acceptFormat0 = true}};
-    if (!parse(decoder, file.Get()))
-        return 1;
+    parse(decoder, file.Get());
     std::vector<MIDIMessage> events;
     String out;
     for (unsigned t = 0; t < decoder.GetNumDecodedTracks(); ++t) {
@@ -164,9 +162,10 @@ public:
         }
     }
 
-    void Write(FilePath const& path) const
+    void Write(String const& path) const
     {
-        MIDI::Encode::Encoder encoder(path, division, MIDI::Encode::Encoder::Layout::Standard);
+        SafeOutput output(path);
+        MIDI::Encode::Encoder encoder(output.WriterPath(), division, MIDI::Encode::Encoder::Layout::Standard);
         for (TrackText const& track : tracks) {
             encoder.OpenTrack();
             if (track.hasName)
@@ -182,6 +181,7 @@ public:
             encoder.CloseTrack();
         }
         encoder.Close();
+        output.Commit();
     }
 
     unsigned TrackCount() const { return static_cast<unsigned>(tracks.size()); }
@@ -319,8 +319,9 @@ int write(Args const& args)
         text.append(reinterpret_cast<char const*>(block), n);
     std::istringstream lines(text);
     WriteInput description;
-    description.Read(lines);
-    description.Write(FilePath::Exact(out.Get()));
+    String const inputName = input.Get().IsEmpty() || input.Get() == "-" ? String("standard input") : input.Get();
+    AboutFile(inputName, [&] { description.Read(lines); });
+    AboutFile(out.Get(), [&] { description.Write(out.Get()); });
     if (description.TrackCount() == 0)
         PrintError("cordel midi write: the description has no tracks; the file has none\n");
     return 0;

@@ -4,7 +4,9 @@
 
 #include <Cordel/Util/ConfigFile.h>
 
+#include <charconv>
 #include <cstdio>
+#include <string_view>
 
 using namespace Cordel;
 
@@ -35,14 +37,15 @@ std::vector<unsigned char> bytesOfHex(String const& hex)
     return bytes;
 }
 
-bool hasValue(Util::ConfigFile const& prefs, String const& key)
+char const* kindName(Util::ConfigFile::ValueKind kind)
 {
-    std::vector<String> names;
-    prefs.GetValueNames(names, String());
-    for (String const& n : names)
-        if (n == key)
-            return true;
-    return false;
+    using Kind = Util::ConfigFile::ValueKind;
+    switch (kind) {
+    case Kind::Integer: return "int";
+    case Kind::Float: return "float";
+    case Kind::Binary: return "binary";
+    default: return "string";
+    }
 }
 
 String getValue(Util::ConfigFile const& prefs, String const& key, String const& type)
@@ -51,8 +54,10 @@ String getValue(Util::ConfigFile const& prefs, String const& key, String const& 
         return String::Number(prefs.GetInt(key, 0));
     if (type == "bool")
         return prefs.GetBool(key, false) ? "true" : "false";
-    if (type == "float")
-        return String::Number(prefs.GetFloat(key, 0), String::NoPrecision, 'g');
+    if (type == "float") {
+        char text[64];
+        return String(std::string_view(text, std::to_chars(text, text + sizeof text, prefs.GetFloat(key, 0)).ptr));
+    }
     if (type == "binary") {
         std::vector<unsigned char> bytes;
         prefs.GetBinary(key, bytes);
@@ -73,7 +78,9 @@ void setValue(Util::ConfigFile& prefs, String const& key, String const& value, S
         if (ok)
             prefs.SetBool(key, value == "true" || value == "1");
     } else if (type == "float") {
-        float const f = value.ToFloat(&ok);
+        float f = 0;
+        auto const [end, error] = std::from_chars(value.c_str(), value.c_str() + value.Length(), f);
+        ok = error == std::errc() && end == value.c_str() + value.Length() && !value.IsEmpty();
         if (ok)
             prefs.SetFloat(key, f);
     } else if (type == "binary") {
@@ -83,6 +90,8 @@ void setValue(Util::ConfigFile& prefs, String const& key, String const& value, S
     }
     if (!ok)
         throw Util::CommandLine::Error(String("\"%1\" is not a valid %2 value").Arg(value).Arg(type));
+    if (!prefs.GetWriteFailure().IsEmpty())
+        throw Exception::Base(String("%1: %2").Arg(prefs.GetName()).Arg(prefs.GetWriteFailure()));
 }
 
 int prefs(Args const& args)
@@ -90,7 +99,7 @@ int prefs(Args const& args)
     Util::CommandLine line("cordel prefs", "Reads and writes an application's preferences.");
     Util::TextArg action("ACTION", 0, "ACTION", "get, set, remove or list");
     Util::TextArg app("APP", 0, "APP", "the application identifier, as org.example.App");
-    Util::TextArg type("type", 't', "TYPE", "the value's kind: string, int, float, bool or binary (hex)", "string");
+    Util::TextArg type("type", 't', "TYPE", "the value's kind: string, int, float, bool or binary (hex); get prints a value as it was stored unless given", "string");
     Util::FlagArg allUsers("all-users", 0, "set and remove for all users instead of the current user");
     line.AddPositional(action);
     line.AddPositional(app);
@@ -99,7 +108,12 @@ int prefs(Args const& args)
     line.AddOption(allUsers);
     line.SetEpilogue("\nValues are read from the current user's preferences, then from all users'.\n"
                      "Files: $XDG_CONFIG_HOME/APP.xml (~/.config) and, for all users, APP.xml in the\n"
-                     "first folder of $XDG_CONFIG_DIRS (/etc/xdg).\n");
+                     "first folder of $XDG_CONFIG_DIRS (/etc/xdg). 'get' prints a value as the kind it was\n"
+                     "stored with (bool is stored as int) unless --type asks for another. Floats are stored\n"
+                     "and printed as the shortest decimal text that reads back as the same float.\n"
+                     "APP must be usable as a file name: not empty, '.' or '..', without '/' or control\n"
+                     "characters, UTF-8, and at most 236 bytes. A value that could not be stored is a\n"
+                     "failure (exit 1).\n");
     if (ParseOrHelp(line, args))
         return 0;
     String const kind = type.Get().IsEmpty() ? String("string") : type.Get();
@@ -114,6 +128,7 @@ int prefs(Args const& args)
     if (rest.size() != wanted)
         throw Util::CommandLine::Error(String("%1 takes %2").Arg(what).Arg(wanted == 0 ? "no key" : wanted == 1 ? "a key" : "a key and a value"));
 
+    Util::ConfigFile::CheckName(app.Get());
     Util::ConfigFile prefs(app.Get(), allUsers.Get());
     if (what == "list") {
         std::vector<String> names;
@@ -121,16 +136,17 @@ int prefs(Args const& args)
         for (String const& n : names)
             Print(n + "\n");
     } else if (what == "get") {
-        if (!hasValue(prefs, rest[0])) {
-            PrintError(String("cordel prefs: %1 has no value \"%2\"\n").Arg(app.Get()).Arg(rest[0]));
-            return 1;
-        }
-        Print(getValue(prefs, rest[0], kind) + "\n");
+        auto const stored = prefs.GetValueKind(rest[0]);
+        if (stored == Util::ConfigFile::ValueKind::Missing)
+            throw Exception::Base(String("%1: no value \"%2\"").Arg(app.Get()).Arg(rest[0]));
+        Print(getValue(prefs, rest[0], type.IsSet() ? kind : String(kindName(stored))) + "\n");
     } else if (what == "set") {
         setValue(prefs, rest[0], rest[1], kind);
         prefs.Synchronize();
     } else {
         prefs.RemoveValue(rest[0]);
+        if (!prefs.GetWriteFailure().IsEmpty())
+            throw Exception::Base(String("%1: %2").Arg(app.Get()).Arg(prefs.GetWriteFailure()));
         prefs.Synchronize();
     }
     return 0;

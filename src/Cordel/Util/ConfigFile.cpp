@@ -1,11 +1,13 @@
 #include <Cordel/Util/ConfigFile.h>
 
+#include <Cordel/Util/Exception.h>
 #include <Cordel/Util/detail/AtomicFileStore.h>
 #include <Cordel/Util/detail/Groups.h>
 #include <Cordel/Util/detail/PreferenceDocument.h>
 #include <Cordel/Util/detail/Utf8.h>
 #include <Cordel/Util/detail/XdgFolders.h>
 
+#include <climits>
 #include <cstdint>
 #include <cstdlib>
 #include <cstring>
@@ -32,12 +34,24 @@ bool validKey(String const& key)
     return detail::IsPrintableUtf8(key.View());
 }
 
-// The identifier names a file of its own inside the scope's folder.
-bool validName(String const& name)
+// Room in a file name for the longest name made from the identifier: "<name>.xml.corrupt-XXXXXX".
+constexpr std::size_t maxNameBytes = NAME_MAX - std::char_traits<char>::length(".xml.corrupt-XXXXXX");
+
+// Why the identifier cannot name a file of its own inside the scope's folder; null when it can.
+char const* nameFault(String const& name)
 {
     std::string_view const n = name.View();
-    return !n.empty() && name != "." && name != ".." && n.find('/') == std::string_view::npos &&
-           detail::IsPrintableUtf8(n);
+    if (n.empty())
+        return "is empty";
+    if (n == "." || n == "..")
+        return "is \".\" or \"..\"";
+    if (n.find('/') != std::string_view::npos)
+        return "holds \"/\"";
+    if (!detail::IsPrintableUtf8(n))
+        return "holds a control character or bytes that are not UTF-8";
+    if (n.size() > maxNameBytes)
+        return "is longer than a file name may be";
+    return nullptr;
 }
 
 std::string folderOf(PreferenceDomain domain)
@@ -49,10 +63,15 @@ std::string folderOf(PreferenceDomain domain)
 std::optional<AtomicFileStore> storeOf(String const& name, PreferenceDomain domain)
 {
     std::string const folder = folderOf(domain);
-    if (folder.empty() || !validName(name))
+    if (folder.empty() || nameFault(name))
         return std::nullopt;
     bool const user = domain == CurrentUserDomain;
     return AtomicFileStore(folder + "/" + name.ToStdString() + ".xml", user ? 0600 : 0644, user ? 0700 : 0755);
+}
+
+String systemFault(char const* what, std::string const& path)
+{
+    return String("can't %1 %2: %3").Arg(what).Arg(String(path)).Arg(std::strerror(errno));
 }
 
 enum class Loaded { Missing, Parsed, Corrupt, Unreadable };
@@ -91,33 +110,46 @@ std::optional<PreferenceValue> lookup(String const& name, String const& key)
 
 // Reads, changes and replaces one scope's file under its lock. change returns whether it changed
 // anything; nothing is written when it did not. A file that does not parse starts afresh once it
-// is out of the way.
-void modify(String const& name, PreferenceDomain domain, std::function<bool(PreferenceDocument&)> const& change)
+// is out of the way. Returns why nothing could be written, or an empty text.
+String modify(String const& name, PreferenceDomain domain, std::function<bool(PreferenceDocument&)> const& change)
 {
+    if (char const* fault = nameFault(name))
+        return String("the application name %1").Arg(fault);
     auto const store = storeOf(name, domain);
     if (!store)
-        return;
+        return "there is no folder for preferences";
     auto const lock = store->TakeLock();
     if (!lock)
-        return;
+        return systemFault("lock", store->GetPath() + ".lock");
     PreferenceDocument doc;
     Loaded const loaded = load(*store, doc);
-    if (loaded == Loaded::Unreadable || (loaded == Loaded::Corrupt && !store->MoveAside()))
-        return;
-    if (change(doc))
-        store->Replace(doc.Print());
+    if (loaded == Loaded::Unreadable)
+        return systemFault("read", store->GetPath());
+    if (loaded == Loaded::Corrupt && !store->MoveAside())
+        return systemFault("move aside the unusable", store->GetPath());
+    if (change(doc) && !store->Replace(doc.Print()))
+        return systemFault("write", store->GetPath());
+    return String();
 }
 
 // Sets the key's value through set, which always changes the file.
-void setValue(String const& name, PreferenceDomain domain, String const& key,
-              std::function<void(PreferenceDocument&)> const& set)
+String setValue(String const& name, PreferenceDomain domain, String const& key,
+                std::function<void(PreferenceDocument&)> const& set)
 {
     if (!validKey(key))
-        return;
-    modify(name, domain, [&](PreferenceDocument& doc) {
+        return "the key holds a control character or bytes that are not UTF-8";
+    return modify(name, domain, [&](PreferenceDocument& doc) {
         set(doc);
         return true;
     });
+}
+
+// The 8-byte block the specified float form has: four zero bytes, then the float's own.
+Bytes floatBlock(float value)
+{
+    Bytes block(8, 0);
+    std::memcpy(block.data() + 4, &value, sizeof value);
+    return block;
 }
 
 void collectKeys(String const& name, PreferenceDomain domain, std::set<std::string>& keys)
@@ -142,13 +174,14 @@ ConfigFile::ConfigFile(String const& name, bool admin) : name(name), admin(admin
 
 void ConfigFile::SetString(String const& key, String const& value)
 {
-    if (detail::IsValidUtf8(value.View()))
-        setValue(name, writeDomain(), key, [&](PreferenceDocument& doc) { doc.SetText(key, value.View()); });
+    writeFailure = detail::IsValidUtf8(value.View())
+                       ? setValue(name, writeDomain(), key, [&](PreferenceDocument& doc) { doc.SetText(key, value.View()); })
+                       : String("the text holds bytes that are not UTF-8");
 }
 
 void ConfigFile::SetInt(String const& key, int value)
 {
-    setValue(name, writeDomain(), key, [&](PreferenceDocument& doc) { doc.SetNumber(key, value); });
+    writeFailure = setValue(name, writeDomain(), key, [&](PreferenceDocument& doc) { doc.SetNumber(key, value); });
 }
 
 void ConfigFile::SetUInt(String const& key, unsigned int value)
@@ -163,14 +196,12 @@ void ConfigFile::SetBool(String const& key, bool value)
 
 void ConfigFile::SetBinary(String const& key, std::vector<unsigned char> const& value)
 {
-    setValue(name, writeDomain(), key, [&](PreferenceDocument& doc) { doc.SetData(key, value); });
+    writeFailure = setValue(name, writeDomain(), key, [&](PreferenceDocument& doc) { doc.SetData(key, value); });
 }
 
 void ConfigFile::SetFloat(String const& key, float value)
 {
-    Bytes block(8, 0);
-    std::memcpy(block.data() + 4, &value, sizeof value);
-    SetBinary(key, block);
+    writeFailure = setValue(name, writeDomain(), key, [&](PreferenceDocument& doc) { doc.SetReal(key, value); });
 }
 
 String ConfigFile::GetString(String const& key, String const& fallback) const
@@ -200,6 +231,8 @@ bool ConfigFile::GetBool(String const& key, bool fallback) const
 float ConfigFile::GetFloat(String const& key, float fallback) const
 {
     auto const value = lookup(name, key);
+    if (value && value->kind == PreferenceValue::Real)
+        return value->real;
     if (!value || value->kind != PreferenceValue::Data)
         return fallback;
     Bytes const& block = value->data;
@@ -219,14 +252,16 @@ void ConfigFile::GetBinary(String const& key, std::vector<unsigned char>& out) c
     auto value = lookup(name, key);
     if (value && value->kind == PreferenceValue::Data)
         out = std::move(value->data);
+    else if (value && value->kind == PreferenceValue::Real)
+        out = floatBlock(value->real);
     else
         out.clear();
 }
 
 bool ConfigFile::RemoveValue(String const& key)
 {
-    if (validKey(key))
-        modify(name, writeDomain(), [&](PreferenceDocument& doc) { return doc.Remove(key); });
+    writeFailure = validKey(key) ? modify(name, writeDomain(), [&](PreferenceDocument& doc) { return doc.Remove(key); })
+                                 : String("the key holds a control character or bytes that are not UTF-8");
     return true;
 }
 
@@ -238,6 +273,27 @@ void ConfigFile::GetValueNames(std::vector<String>& names, String const&) const
     names.clear();
     for (std::string const& key : keys)
         names.emplace_back(std::string_view(key));
+}
+
+ConfigFile::ValueKind ConfigFile::GetValueKind(String const& key) const
+{
+    auto const value = lookup(name, key);
+    if (!value)
+        return ValueKind::Missing;
+    switch (value->kind) {
+    case PreferenceValue::Text: return ValueKind::String;
+    case PreferenceValue::Number: return ValueKind::Integer;
+    case PreferenceValue::Data: return ValueKind::Binary;
+    case PreferenceValue::Real: return ValueKind::Float;
+    case PreferenceValue::Unusable: break;
+    }
+    return ValueKind::Unusable;
+}
+
+void ConfigFile::CheckName(String const& name)
+{
+    if (char const* fault = nameFault(name))
+        throw Exception::Base(String("the application name \"%1\" %2").Arg(name).Arg(fault));
 }
 
 void ConfigFile::GetKeyNames(std::vector<String>& names, String const&) const

@@ -15,9 +15,14 @@
 // so sees what other processes wrote. A file that does not parse reads as empty; the next write
 // moves it aside to "<identifier>.xml.corrupt-XXXXXX" before starting a new one.
 //
-// Nothing throws: a missing or ill-typed value makes a getter return its default, and a write
-// that cannot be made (a key or text that is not UTF-8, a folder that cannot be written) does
-// nothing. Use an object from one thread at a time.
+// Floats are stored as readable decimal text; GetBinary still gives them as the 8-byte block
+// SetFloat is specified to write. A writer that dies mid-write leaves its temporary file behind;
+// the next writer removes it.
+//
+// Nothing throws but CheckName: a missing or ill-typed value makes a getter return its default,
+// and a write that cannot be made (a key or text that is not UTF-8, a folder that cannot be
+// written) does nothing, with the reason in GetWriteFailure. Use an object from one thread at a
+// time.
 
 #include <Cordel/common/Export.h>
 #include <Cordel/common/String.h>
@@ -44,7 +49,7 @@ public:
     void SetUInt(String const& key, unsigned int value);
     void SetBool(String const& key, bool value);
     void SetBinary(String const& key, std::vector<unsigned char> const& value);
-    // Stored as 8 bytes: four zero bytes, then the float's bytes in native order.
+    // Read back by GetBinary as 8 bytes: four zero bytes, then the float's bytes in native order.
     void SetFloat(String const& key, float value);
 
     String GetString(String const& key, String const& fallback) const;
@@ -67,6 +72,18 @@ public:
     // recorded the files' latest names too.
     void Synchronize();
 
+    // The kind a value was stored with, found as the getters find it.
+    enum class ValueKind { Missing, String, Integer, Binary, Float, Unusable };
+    ValueKind GetValueKind(String const& key) const;
+
+    // Why the last setter or RemoveValue stored nothing; empty when it stored what it was given.
+    String const& GetWriteFailure() const { return writeFailure; }
+
+    // Throws Exception::Base saying why, when an identifier cannot name a preference file: empty,
+    // "." or "..", holding "/", a control character or bytes that are not UTF-8, or longer than
+    // a file name may be. An object made with such a name stores nothing.
+    static void CheckName(String const& name);
+
     String const& GetName() const { return name; }
     bool IsAdmin() const { return admin; }
 
@@ -75,6 +92,7 @@ private:
 
     String name;
     bool admin;
+    String writeFailure;
 };
 
 } // namespace Cordel::Util

@@ -1,10 +1,13 @@
 #include <Cordel/Util/detail/AtomicFileStore.h>
 
+#include <dirent.h>
 #include <fcntl.h>
 #include <sys/file.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <algorithm>
+#include <cctype>
 #include <cerrno>
 #include <cstdlib>
 #include <utility>
@@ -59,7 +62,25 @@ std::optional<AtomicFileStore::Lock> AtomicFileStore::TakeLock() const
     while (::flock(lock.Get(), LOCK_EX) != 0)
         if (errno != EINTR)
             return std::nullopt;
+    removeStaleTemporaries();
     return Lock(std::move(lock));
+}
+
+// The temporary files Replace makes: "<name>.XXXXXX", six letters or digits.
+void AtomicFileStore::removeStaleTemporaries() const
+{
+    std::size_t const slash = path.rfind('/');
+    std::string const folder = path.substr(0, slash), prefix = path.substr(slash + 1) + ".";
+    DIR* entries = ::opendir(folder.c_str());
+    if (!entries)
+        return;
+    while (dirent const* entry = ::readdir(entries)) {
+        std::string_view const name = entry->d_name;
+        if (name.size() == prefix.size() + 6 && name.substr(0, prefix.size()) == prefix &&
+            std::all_of(name.end() - 6, name.end(), [](char c) { return std::isalnum(static_cast<unsigned char>(c)); }))
+            ::unlinkat(::dirfd(entries), entry->d_name, 0);
+    }
+    ::closedir(entries);
 }
 
 bool AtomicFileStore::Replace(std::string_view text) const

@@ -42,7 +42,8 @@ public:
         Descriptor file;
     };
     // Makes the missing folders on the way to the file and waits for the lock file; nothing when
-    // either cannot be had.
+    // either cannot be had. The holder is the only writer, so temporary files of earlier writers
+    // still beside the file are those of writers that died: they are removed.
     [[nodiscard]] std::optional<Lock> TakeLock() const;
 
     bool Replace(std::string_view text) const;
@@ -50,7 +51,11 @@ public:
     // renamed to "<path>.corrupt-XXXXXX" rather than overwritten.
     bool MoveAside() const;
 
+    std::string const& GetPath() const { return path; }
+
 private:
+    void removeStaleTemporaries() const;
+
     std::string path;
     mode_t fileMode;
     mode_t folderMode;

@@ -3,6 +3,7 @@
 #include <Cordel/Util/Base64.h>
 
 #include <algorithm>
+#include <charconv>
 #include <cstring>
 
 namespace Cordel::Util::detail {
@@ -16,6 +17,7 @@ char const rootName[] = "preferences";
 char const stringKind[] = "string";
 char const integerKind[] = "integer";
 char const dataKind[] = "data";
+char const realKind[] = "real";
 
 std::optional<int> parseInt32(std::string_view text)
 {
@@ -60,6 +62,10 @@ PreferenceValue readEntry(XMLElement const& entry)
     } else if (std::strcmp(entry.Name(), dataKind) == 0) {
         value.kind = PreferenceValue::Data;
         Base64Decode(String(text), value.data);
+    } else if (std::strcmp(entry.Name(), realKind) == 0) {
+        auto const [end, error] = std::from_chars(text.data(), text.data() + text.size(), value.real);
+        if (error == std::errc() && end == text.data() + text.size() && !text.empty())
+            value.kind = PreferenceValue::Real;
     }
     return value;
 }
@@ -142,6 +148,13 @@ void PreferenceDocument::SetNumber(String const& key, int number)
 void PreferenceDocument::SetData(String const& key, std::vector<unsigned char> const& data)
 {
     set(key, dataKind, Base64Encode(data).ToStdString());
+}
+
+void PreferenceDocument::SetReal(String const& key, float real)
+{
+    char text[64];
+    auto const end = std::to_chars(text, text + sizeof text, real).ptr;
+    set(key, realKind, std::string(text, end));
 }
 
 bool PreferenceDocument::Remove(String const& key)

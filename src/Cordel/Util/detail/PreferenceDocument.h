@@ -7,6 +7,7 @@
 //       <string key="blank" encoding="base64">ICA=</string>
 //       <integer key="count">-3</integer>
 //       <data key="blob">AAEC/w==</data>
+//       <real key="gain">1.5</real>
 //   </preferences>
 //
 // Elements of other kinds, or without a key, are kept as they are and otherwise passed over.
@@ -25,9 +26,10 @@ namespace Cordel::Util::detail {
 
 // A stored value as read: its kind and its content, or unusable when the content does not parse.
 struct PreferenceValue {
-    enum Kind { Unusable, Text, Number, Data } kind = Unusable;
+    enum Kind { Unusable, Text, Number, Data, Real } kind = Unusable;
     std::string text;
     int number = 0;
+    float real = 0;
     std::vector<unsigned char> data;
 };
 
@@ -49,6 +51,8 @@ public:
     void SetText(String const& key, std::string_view text);
     void SetNumber(String const& key, int number);
     void SetData(String const& key, std::vector<unsigned char> const& data);
+    // The shortest decimal text that reads back as the same float ("nan" and "inf" included).
+    void SetReal(String const& key, float real);
     // Removes every entry of the key; true when there was one.
     bool Remove(String const& key);
 
