@@ -3,7 +3,8 @@
 // every kind of read, seeks and chunk fetches. A malformed file may only raise BadFormat. A
 // FileIO escaping means a read past the end of the file, which is a finding like a crash; so are
 // a frame count that the file cannot hold, reads that disagree with each other, and any single
-// allocation beyond the limit set below (inputs are at most 64 KiB).
+// allocation beyond the limit set below (inputs are at most 64 KiB). A recovered file must come
+// out of WriteRepaired as one that reads the same without recovery.
 
 #include <Cordel/Audio/Decode/BadFormat.h>
 #include <Cordel/Audio/Decode/PCMDecoder.h>
@@ -66,12 +67,27 @@ void readAll(Cordel::Audio::Decode::PCMDecoder& d, Read read)
     }
 }
 
+// A recovered file rewritten with a repaired header must read the same frames without recovery.
 template <typename Decoder>
-void run(char const* name, std::uint8_t const* data, std::size_t size)
+void checkRepair(Decoder& d, std::string const& repairedPath, std::vector<unsigned char> const& all)
+{
+    Cordel::FilePath const repaired(Cordel::String(repairedPath.c_str()));
+    check(d.WriteRepaired(repaired) == d.GetNumSampleFrames());
+    Decoder again(repaired);
+    again.SetReadingOptions({true, false});
+    check(again.Sync() == d.GetWaveFormat() && again.GetNumSampleFrames() == d.GetNumSampleFrames());
+    std::vector<unsigned char> samples(all.size());
+    unsigned int got = 0;
+    again.ReadRawInterleaved(again.GetNumSampleFrames(), samples.data(), got);
+    check(samples == all);
+}
+
+template <typename Decoder>
+void runOnce(char const* name, std::size_t size, Cordel::Audio::Decode::PCMDecoder::ReadingOptions const& options)
 {
     std::string const& path = scratchPath(name);
-    writeScratch(path, data, size);
     Decoder d(Cordel::FilePath(Cordel::String(path.c_str())));
+    d.SetReadingOptions(options);
     Cordel::Audio::WaveFormat format;
     try {
         format = d.Sync();
@@ -106,8 +122,10 @@ void run(char const* name, std::uint8_t const* data, std::size_t size)
     readAll(d, [&](unsigned int n, unsigned int& g) { d.ReadInt16Interleaved(n, shorts.data(), g); });
     readAll(d, [&](unsigned int n, unsigned int& g) { d.ReadFloatDeinterleaved(n, floatPointers.data(), g); });
     readAll(d, [&](unsigned int n, unsigned int& g) { d.ReadInt16Deinterleaved(n, shortPointers.data(), g); });
-    if (d.GetFileType() == Cordel::Audio::Decode::Stream::WAVFile)
+    if (d.GetFileType() == Cordel::Audio::Decode::Stream::WAVFile || options.allSampleForms)
         readAll(d, [&](unsigned int n, unsigned int& g) { d.ReadFloatInterleaved(n, doubles.data(), g); });
+    if (d.IsRecovered())
+        checkRepair(d, path + "-repaired", all);
 
     // Seeks to the end and past it, then chunk fetches; the samples read after them must be
     // those read first, wherever the fetches left the file.
@@ -141,6 +159,16 @@ void run(char const* name, std::uint8_t const* data, std::size_t size)
     d.Close();
     check(d.GetRemainingSampleFrames() == 0);
     check(d.Sync() == format);
+}
+
+// Each input is read as the format's own rules say, then with every addition (64-bit floats,
+// doubles from every reader, recovery of interrupted recordings).
+template <typename Decoder>
+void run(char const* name, std::uint8_t const* data, std::size_t size)
+{
+    writeScratch(scratchPath(name), data, size);
+    runOnce<Decoder>(name, size, {});
+    runOnce<Decoder>(name, size, {true, true});
 }
 
 // Caps every allocation far below what a 64 KiB input could justify.

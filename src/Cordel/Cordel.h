@@ -38,6 +38,7 @@
 #include <Cordel/Audio/WaveFormat.h>
 #include <Cordel/Audio/Decode/BadFormat.h>
 #include <Cordel/Audio/Decode/Stream.h>
+#include <Cordel/Audio/Decode/Open.h>
 #include <Cordel/Audio/Decode/PCMDecoder.h>
 #include <Cordel/Audio/Decode/WAV/Decoder.h>
 #include <Cordel/Audio/Decode/AIFF/Decoder.h>

@@ -16,10 +16,10 @@ namespace {
 class DecoderTest : public TempFolder {
 protected:
     // Writes the bytes to a file and parses it; returns Parse's result, error in lastError.
-    bool Parse(Bytes const& bytes)
+    bool Parse(Bytes const& bytes, Decoder::Options const& options = {})
     {
         WriteFile(PathOf("in.mid"), bytes);
-        decoder = std::make_unique<Decoder>(FilePath(String(PathOf("in.mid").c_str())));
+        decoder = std::make_unique<Decoder>(FilePath(String(PathOf("in.mid").c_str())), options);
         lastError = String();
         return decoder->Parse(lastError);
     }
@@ -145,6 +145,22 @@ TEST_F(DecoderTest, HeaderIsChecked)
     EXPECT_EQ(ErrorOf(Join({Header(1, 0), track})), "Invalid MIDI track count 0");
     EXPECT_EQ(ErrorOf(Join({Header(1, 1, 0), track})), "Invalid PPQN 0");
     EXPECT_EQ(decoder->GetNumTracks(), 0u);
+}
+
+TEST_F(DecoderTest, FormatZeroOnlyWhenAskedAndWithOneTrack)
+{
+    Bytes const track = Track({0x00, 0x90, 60, 100, 0x10, 0x80, 60, 0});
+    Decoder::Options const format0{.acceptFormat0 = true};
+    ASSERT_TRUE(Parse(Join({Header(0, 1, 96), track}), format0)) << lastError.c_str();
+    EXPECT_EQ(decoder->GetFormat(), 0u);
+    EXPECT_EQ(decoder->GetNumTracks(), 1u);
+    EXPECT_EQ(Events(0), (std::vector<MIDIMessage>{Event(0, 0, 0x90, 60, 100), Event(16, 0, 0x80, 60, 0)}));
+    EXPECT_TRUE(Parse(Join({Header(1, 1), track}), format0)); // format 1 as before
+
+    EXPECT_FALSE(Parse(Join({Header(0, 2), track, track}), format0));
+    EXPECT_EQ(lastError, "Invalid MIDI track count 2 for a Type 0 file");
+    EXPECT_FALSE(Parse(Join({Header(2, 1), track}), format0));
+    EXPECT_EQ(lastError, "Invalid MIDI file format 2, we only support Type 0 and Type 1 files");
 }
 
 TEST_F(DecoderTest, ChunkLoopSkipsUnknownChunksAndHidesSurplusTracks)

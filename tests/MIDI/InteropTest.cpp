@@ -22,9 +22,9 @@ namespace {
 std::string const scripts = CORDEL_TEST_SOURCE_DIR "/MIDI/";
 
 // Runs a script with Debian's python3 and returns its standard output.
-std::string runPython(std::string const& script, std::string const& argument)
+std::string runPython(std::string const& script, std::string const& argument, std::string const& more = "")
 {
-    std::string const command = "/usr/bin/python3 '" + scripts + script + "' '" + argument + "'";
+    std::string const command = "/usr/bin/python3 '" + scripts + script + "' '" + argument + "' " + more;
     FILE* pipe = ::popen(command.c_str(), "r");
     EXPECT_NE(pipe, nullptr);
     if (!pipe)
@@ -38,9 +38,9 @@ std::string runPython(std::string const& script, std::string const& argument)
 }
 
 // The decoder's view of a file in the lines mido_read.py prints.
-std::string describe(FilePath const& path)
+std::string describe(FilePath const& path, MIDI::Decode::Decoder::Options const& options = {})
 {
-    MIDI::Decode::Decoder decoder(path);
+    MIDI::Decode::Decoder decoder(path, options);
     String error;
     EXPECT_TRUE(decoder.Parse(error)) << error.c_str();
     std::ostringstream out;
@@ -65,6 +65,15 @@ TEST_F(MidoInterop, DecoderReadsWhatMidoWrites)
     std::string const expected = runPython("mido_read.py", path);
     ASSERT_GT(std::count(expected.begin(), expected.end(), '\n'), 2000);
     EXPECT_EQ(describe(FilePath(String(path.c_str()))), expected);
+}
+
+TEST_F(MidoInterop, DecoderReadsMidoFormatZeroFilesWhenAsked)
+{
+    std::string const path = PathOf("mido0.mid");
+    runPython("mido_write.py", path, "0");
+    std::string const expected = runPython("mido_read.py", path);
+    ASSERT_EQ(expected.rfind("format 0 division 960 tracks 1\n", 0), 0u);
+    EXPECT_EQ(describe(FilePath(String(path.c_str())), {.acceptFormat0 = true}), expected);
 }
 
 TEST_F(MidoInterop, MidoReadsWhatTheEncoderWrites)

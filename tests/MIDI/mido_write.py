@@ -1,6 +1,7 @@
 # Writes a format 1 MIDI file with mido: several tracks, running status (mido's writer uses it for
 # consecutive channel messages of one status), sysex, many meta events, note-ons of velocity 0,
-# system common messages and long deltas. Usage: mido_write.py OUT.mid
+# system common messages and long deltas; or a format 0 file of one such track.
+# Usage: mido_write.py OUT.mid [FORMAT]
 import random
 import sys
 
@@ -72,7 +73,8 @@ def track(number):
     return t
 
 
-out = mido.MidiFile(type=1, ticks_per_beat=960)
-for n in range(4):
+kind = int(sys.argv[2]) if len(sys.argv) > 2 else 1
+out = mido.MidiFile(type=kind, ticks_per_beat=960)
+for n in range(4 if kind == 1 else 1):
     out.tracks.append(track(n))
 out.save(sys.argv[1])

@@ -203,3 +203,31 @@ TEST(FilePath, FolderAgreesWithFolderName)
     EXPECT_EQ(FolderPath("/a/b").GetFolderName(), "b");
     EXPECT_TRUE(FilePath("x", false).GetFolder().IsEmpty());
 }
+
+TEST(FilePathExact, KeepsTheNameAsTheSystemKnowsIt)
+{
+    struct Row {
+        char const* name;
+        char const* text;
+        std::string expected; // relative names after the working folder
+    };
+    std::string const here = cwd() + "/";
+    Row const rows[] = {
+        {"inner blanks", "x  y.wav", here + "x  y.wav"},
+        {"leading blank", " a.wav", here + " a.wav"},
+        {"trailing blank and tab", "a.wav \t", here + "a.wav \t"},
+        {"backslash", "a\\b.wav", here + "a\\b.wav"},
+        {"tilde is a name", "~/a.wav", here + "~/a.wav"},
+        {"dot components stay", "./d/../a.wav", here + "./d/../a.wav"},
+        {"absolute as given", "/tmp//x  y/../z.wav", "/tmp//x  y/../z.wav"},
+        {"empty", "", ""},
+    };
+    for (Row const& row : rows) {
+        FilePath const p = FilePath::Exact(row.text);
+        EXPECT_EQ(std::string(p.GetInternal().c_str()), row.expected) << row.name;
+    }
+    FilePath const p = FilePath::Exact("/music/x  y.take 2.wav");
+    EXPECT_EQ(p.GetFilename(), "x  y.take 2.wav");
+    EXPECT_EQ(p.GetExtension(), "wav");
+    EXPECT_EQ(p.GetFolder().GetInternal(), "/music/");
+}

@@ -1,5 +1,6 @@
 #include "AudioFiles.h"
 
+#include <Cordel/Audio/Decode/Open.h>
 #include "Command.h"
 
 #include <Cordel/Audio/Encode/AIFF/Encoder.h>
@@ -16,18 +17,15 @@ AudioInput OpenAudioFile(String const& path)
 {
     CheckReadable(path);
     return AboutFile(path, [&] {
-        AudioInput input{path, Audio::Decode::Stream::Instantiate(FilePath(path)), nullptr, {}};
-        input.decoder = dynamic_cast<Audio::Decode::PCMDecoder*>(input.stream.get());
-        if (!input.decoder)
-            FailFile(path, "not a WAV or AIFF file");
-        input.format = input.stream->Sync();
+        AudioInput input{path, Audio::Decode::Open(FilePath::Exact(path)), {}};
+        input.format = input.stream->GetWaveFormat();
         return input;
     });
 }
 
 Container ChooseContainer(Util::TextArg const& option, String const& path)
 {
-    String const name = option.IsSet() ? option.Get().ToLower() : FilePath(path, false).GetExtension().ToLower();
+    String const name = option.IsSet() ? option.Get().ToLower() : FilePath::Exact(path).GetExtension().ToLower();
     if (name == "wav" || name == "wave")
         return Container::WAV;
     if (name == "aif" || name == "aiff" || name == "aifc")

@@ -2,7 +2,7 @@
 // What the audio commands share: the choice of reader and writer, the sample format options and
 // a progress bar.
 
-#include <Cordel/Audio/Decode/PCMDecoder.h>
+#include <Cordel/Audio/Decode/Stream.h>
 #include <Cordel/Audio/Encode/PCMEncoder.h>
 #include <Cordel/Util/CommandLine.h>
 #include <Cordel/common/String.h>
@@ -11,11 +11,11 @@
 
 namespace CordelTool {
 
-// A synced reader for a WAV or AIFF file, picked by the library's factory.
+// A synced reader for a WAV, AIFF or AIFF-C file, recognised by its content; an interrupted
+// recording is recovered (the reader says so).
 struct AudioInput {
     Cordel::String path;
     Cordel::shared_ptr<Cordel::Audio::Decode::Stream> stream;
-    Cordel::Audio::Decode::PCMDecoder* decoder; // the same reader, for its chunk lists and sample coding
     Cordel::Audio::WaveFormat format;
 };
 AudioInput OpenAudioFile(Cordel::String const& path);

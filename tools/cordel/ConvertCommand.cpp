@@ -27,7 +27,7 @@ unsigned int blockFrames(AudioInput const& input)
 
 SampleCoding codingOf(AudioInput const& input)
 {
-    auto const coding = input.decoder->GetSampleCoding();
+    auto const coding = input.stream->GetSampleCoding();
     return {input.format.bytesPerSample, input.format.isFloat, coding.bigEndian, coding.signedBytes};
 }
 
@@ -84,7 +84,7 @@ int convert(Args const& args)
     SafeOutput output(out.Get());
     auto writer = MakeWriter(container, output.WriterPath(), target);
     SampleConverter converter(codingOf(input), codingOf(container, target), dither.Get());
-    Progress progress(String("converting %1").Arg(FilePath(in.Get(), false).GetFilename()), frames);
+    Progress progress(String("converting %1").Arg(FilePath::Exact(in.Get()).GetFilename()), frames);
     unsigned int const block = blockFrames(input);
     unsigned int const channels = input.format.numChannels;
     aligned_vector<unsigned char> from(std::size_t(block) * input.format.BytesPerFrame());

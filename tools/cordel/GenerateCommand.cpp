@@ -117,7 +117,7 @@ int generate(Args const& args)
     auto writer = MakeWriter(container, output.WriterPath(), waveFormat);
     Generator generator(settings);
     aligned_vector<float> block(std::size_t(blockFrames) * settings.channels);
-    Progress progress(String("generating %1").Arg(FilePath(out.Get(), false).GetFilename()), settings.frames);
+    Progress progress(String("generating %1").Arg(FilePath::Exact(out.Get()).GetFilename()), settings.frames);
     AboutFile(out.Get(), [&] {
         writer->Open();
         writer->WriteFloatInterleaved(0, block.data()); // even an empty signal gets its sample data chunk

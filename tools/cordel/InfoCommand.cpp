@@ -3,8 +3,6 @@
 #include "AudioFiles.h"
 #include "Command.h"
 
-#include <Cordel/Audio/Decode/AIFF/Decoder.h>
-
 #include <cstdio>
 #include <vector>
 
@@ -14,40 +12,31 @@ namespace CordelTool {
 
 namespace {
 
-struct ChunkEntry {
-    unsigned int id;
-    unsigned int size;
-};
+using ChunkInfo = Audio::Decode::Stream::ChunkInfo;
 
 struct FileInfo {
     String path;
     String type;
     Audio::WaveFormat format;
     unsigned int frames = 0;
-    std::vector<ChunkEntry> chunks;            // fetched with GetChunk
-    std::vector<ChunkEntry> applicationChunks; // AIFF "APPL" chunks by signature
+    bool recovered = false;
+    std::vector<ChunkInfo> chunks;            // fetched with GetChunk
+    std::vector<ChunkInfo> applicationChunks; // AIFF "APPL" chunks by signature
+    unsigned long long unlistedCount = 0;     // chunks past the reader's list, only counted
+    unsigned long long unlistedBytes = 0;
 };
-
-std::vector<ChunkEntry> entries(std::vector<Audio::Decode::PCMDecoder::ApplicationChunkInfo> const& list)
-{
-    std::vector<ChunkEntry> out;
-    for (auto const& c : list)
-        out.push_back({c.id, c.size});
-    return out;
-}
 
 FileInfo inspect(String const& path)
 {
     AudioInput input = OpenAudioFile(path);
-    FileInfo info{path, {}, input.format, input.stream->GetNumSampleFrames(), {}, {}};
-    if (auto const* aiff = dynamic_cast<Audio::Decode::AIFF::Decoder const*>(input.decoder)) {
-        info.type = "AIFF";
-        info.chunks = entries(aiff->GetChunks());
-        info.applicationChunks = entries(aiff->GetApplicationChunks());
-    } else {
-        info.type = "WAV";
-        info.chunks = entries(input.decoder->GetApplicationChunks());
-    }
+    bool const aiff = input.stream->GetFileType() == Audio::Decode::Stream::AIFFFile;
+    FileInfo info{path, aiff ? "AIFF" : "WAV", input.format, input.stream->GetNumSampleFrames(), input.stream->IsRecovered(),
+                  {}, {}, 0, 0};
+    Audio::Decode::Stream::ChunkList list = input.stream->GetChunkList();
+    for (ChunkInfo const& c : list.listed)
+        (c.application ? info.applicationChunks : info.chunks).push_back(c);
+    info.unlistedCount = list.unlistedCount;
+    info.unlistedBytes = list.unlistedBytes;
     return info;
 }
 
@@ -67,12 +56,18 @@ String chunkName(unsigned int id)
     return name;
 }
 
-String chunkList(std::vector<ChunkEntry> const& chunks)
+String chunkList(std::vector<ChunkInfo> const& chunks)
 {
     std::vector<String> parts;
-    for (ChunkEntry const& c : chunks)
+    for (ChunkInfo const& c : chunks)
         parts.push_back(String("'%1' %2 bytes").Arg(chunkName(c.id)).Arg(c.size));
     return parts.empty() ? String("none") : String::Join(", ", parts);
+}
+
+// What lies past the listed chunks of a file with very many of them.
+String unlisted(FileInfo const& info)
+{
+    return String("%1 more chunks of %2 bytes in all, not listed").Arg(info.unlistedCount).Arg(info.unlistedBytes);
 }
 
 String asText(FileInfo const& info)
@@ -83,12 +78,16 @@ String asText(FileInfo const& info)
     text += String("  channels       %1\n").Arg(f.numChannels);
     text += String("  sample rate    %1 Hz\n").Arg(f.sampleRate);
     text += String("  bits           %1 (%2)\n").Arg(f.bytesPerSample * 8).Arg(f.isFloat ? "float" : "integer");
-    text += String("  frames         %1\n").Arg(info.frames);
+    text += String("  frames         %1%2\n")
+                .Arg(info.frames)
+                .Arg(info.recovered ? " (recovered: an interrupted recording, read to the end of the file)" : "");
     text += String("  duration       %1 s\n").Arg(seconds(info), 3);
     text += String("  channel mask   0x%1\n").Arg(f.channelMask, 16);
     text += String("  chunks         %1\n").Arg(chunkList(info.chunks));
     if (info.type == "AIFF")
         text += String("  APPL chunks    %1\n").Arg(chunkList(info.applicationChunks));
+    if (info.unlistedCount)
+        text += String("                 and %1\n").Arg(unlisted(info));
     return text;
 }
 
@@ -112,10 +111,10 @@ String jsonString(std::string_view text)
     return out + "\"";
 }
 
-String jsonChunks(std::vector<ChunkEntry> const& chunks)
+String jsonChunks(std::vector<ChunkInfo> const& chunks)
 {
     std::vector<String> parts;
-    for (ChunkEntry const& c : chunks) {
+    for (ChunkInfo const& c : chunks) {
         char const id[4] = {static_cast<char>(c.id >> 24), static_cast<char>(c.id >> 16), static_cast<char>(c.id >> 8),
                             static_cast<char>(c.id)};
         parts.push_back(String("{\"id\": %1, \"size\": %2}").Arg(jsonString(std::string_view(id, 4))).Arg(c.size));
@@ -132,12 +131,16 @@ String asJson(FileInfo const& info)
                       .Arg(f.numChannels)
                       .Arg(f.sampleRate)
                       .Arg(f.bytesPerSample * 8);
-    text += String("\"float\": %1, \"frames\": %2, \"duration\": %3, \"channelMask\": %4, \"chunks\": %5")
+    text += String("\"float\": %1, \"frames\": %2, \"recovered\": %3, \"duration\": %4, \"channelMask\": %5, ")
                 .Arg(f.isFloat ? "true" : "false")
                 .Arg(info.frames)
+                .Arg(info.recovered ? "true" : "false")
                 .Arg(seconds(info), 6)
-                .Arg(f.channelMask)
-                .Arg(jsonChunks(info.chunks));
+                .Arg(f.channelMask);
+    text += String("\"chunks\": %1, \"unlistedChunks\": %2, \"unlistedChunkBytes\": %3")
+                .Arg(jsonChunks(info.chunks))
+                .Arg(info.unlistedCount)
+                .Arg(info.unlistedBytes);
     if (info.type == "AIFF")
         text += String(", \"applicationChunks\": %1").Arg(jsonChunks(info.applicationChunks));
     return text + "}";
@@ -145,11 +148,15 @@ String asJson(FileInfo const& info)
 
 int info(Args const& args)
 {
-    Util::CommandLine line("cordel info", "Shows the format, length and chunks of WAV and AIFF files.");
+    Util::CommandLine line("cordel info", "Shows the format, length and chunks of WAV, AIFF and AIFF-C files.");
     Util::FlagArg json("json", 0, "one JSON array with an object per file, for scripts");
     line.AddOption(json);
     line.AddRest("FILE", "the files to inspect", 1);
-    line.SetEpilogue("A file that can't be read is reported on standard error and left out; the others are\n"
+    line.SetEpilogue("Files are recognised by their content, whatever their names. An interrupted recording (a\n"
+                     "sample chunk declared empty, 0xFFFFFFFF bytes long or longer than the file) is read to the\n"
+                     "end of the file, whole frames only, and shown as recovered; 'cordel repair' fixes its\n"
+                     "header. The first 10000 chunks are listed, the rest counted.\n"
+                     "A file that can't be read is reported on standard error and left out; the others are\n"
                      "still shown, and the exit code is then 1.\n");
     if (ParseOrHelp(line, args))
         return 0;
@@ -175,6 +182,6 @@ int info(Args const& args)
 
 } // namespace
 
-CORDEL_COMMAND("info", "format, length and chunks of WAV and AIFF files", info);
+CORDEL_COMMAND("info", "format, length and chunks of WAV, AIFF and AIFF-C files", info);
 
 } // namespace CordelTool

@@ -18,7 +18,7 @@ bool isStandardInput(String const& name) { return name.IsEmpty() || name == "-";
 Input::Input(String const& name) : name(name), file(isStandardInput(name) ? stdin : std::fopen(name.c_str(), "rb"))
 {
     if (!file)
-        Exception::Throw(Util::Exception::FileIO(String("Can't open %1").Arg(name), FilePath(name),
+        Exception::Throw(Util::Exception::FileIO(String("Can't open %1").Arg(name), FilePath::Exact(name),
                                                  Util::Exception::FileIO::OpenError),
                          {__FILE__, __LINE__}, errno);
 }
@@ -40,7 +40,7 @@ std::size_t Input::Read(unsigned char* dest, std::size_t size)
     }
     if (std::ferror(file))
         Exception::Throw(Util::Exception::FileIO(String("Can't read %1").Arg(isStandardInput(name) ? String("standard input") : name),
-                                                 FilePath(name), Util::Exception::FileIO::ReadError),
+                                                 FilePath::Exact(name), Util::Exception::FileIO::ReadError),
                          {__FILE__, __LINE__}, errno);
     return total;
 }

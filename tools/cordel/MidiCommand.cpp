@@ -68,7 +68,7 @@ int info(Args const& args)
     line.AddPositional(file);
     if (ParseOrHelp(line, args))
         return 0;
-    MIDI::Decode::Decoder decoder{FilePath(file.Get())};
+    MIDI::Decode::Decoder decoder{FilePath::Exact(file.Get()), {.acceptFormat0 = true}};
     parse(decoder, file.Get());
     Print(String("File:      %1\n").Arg(file.Get()));
     Print(String("Format:    %1\n").Arg(decoder.GetFormat()));
@@ -124,7 +124,7 @@ int dump(Args const& args)
                      "Meta events and sysex are not shown.\n");
     if (ParseOrHelp(line, args))
         return 0;
-    MIDI::Decode::Decoder decoder{FilePath(file.Get())};
+    MIDI::Decode::Decoder decoder{FilePath::Exact(file.Get()), {.acceptFormat0 = true}};
     parse(decoder, file.Get());
     std::vector<MIDIMessage> events;
     String out;

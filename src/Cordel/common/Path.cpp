@@ -192,6 +192,18 @@ FilePath::FilePath(FolderPath const& folder, String const& name)
         construct(folder.GetInternal() + name, false);
 }
 
+FilePath FilePath::Exact(String const& name)
+{
+    FilePath file;
+    if (name.IsEmpty() || name[0] == Char('/'))
+        file.path = name;
+    else {
+        String const cwd = workingDirectory();
+        file.path = cwd.IsEmpty() ? name : cwd + "/" + name; // as convertRelative does without a working folder
+    }
+    return file;
+}
+
 void FilePath::construct(String const& text, bool resolveRelative)
 {
     String const simple = text.SimplifyWhiteSpace();

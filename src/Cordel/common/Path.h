@@ -62,6 +62,11 @@ public:
     explicit FilePath(String const& text, bool resolveRelative = true);
     // The file with the given name in a folder.
     FilePath(FolderPath const& folder, String const& name);
+    // The file exactly as the operating system names it, for names that users and other programs
+    // hand over: the text is kept byte for byte (white space, backslashes, "~", "." and ".."
+    // components alike) and only a relative text is put after the working folder and "/". The
+    // folder part of such a path is not normalised either.
+    static FilePath Exact(String const& name);
 
     bool IsEmpty() const { return path.IsEmpty(); }
     // The folder part: the text up to and including the last separator.

@@ -68,6 +68,18 @@ private:
     unsigned int stageEnd = 0;
 };
 
+namespace {
+
+// The i-th of a run of little-endian doubles that need not be aligned.
+double doubleAt(unsigned char const* raw, std::size_t i)
+{
+    double v;
+    std::memcpy(&v, raw + 8 * i, 8);
+    return v;
+}
+
+} // namespace
+
 Stream::~Stream() = default;
 
 PCMDecoder::PCMDecoder(FilePath const& path) : file(path), reading(std::make_unique<Reading>(*this)) {}
@@ -102,6 +114,59 @@ void PCMDecoder::beginSync()
     format = WaveFormat();
     coding = SampleCoding();
     applicationChunks.clear();
+    recovered = false;
+    sizeFields = {};
+    listedChunks = 0;
+    unlistedAt = 0;
+    unlistedCount = unlistedBytes = 0;
+}
+
+bool PCMDecoder::isInterrupted(unsigned int declared, unsigned int remaining, unsigned int containerSize,
+                               unsigned int fileSize) const
+{
+    if (!readingOptions.recoverInterrupted)
+        return false;
+    if (declared == 0xFFFFFFFFu || declared > remaining)
+        return true;
+    // A container size that covers the whole file says the empty chunk is meant to be empty.
+    bool const containerIsWhole = containerSize + 8ull == fileSize || containerSize + 9ull == fileSize;
+    return declared == 0 && remaining >= format.BytesPerFrame() && format.BytesPerFrame() && !containerIsWhole;
+}
+
+void PCMDecoder::listChunk(std::vector<ApplicationChunkInfo>& list, ApplicationChunkInfo const& chunk, unsigned int headerAt)
+{
+    if (listedChunks < ChunkListLimit) {
+        list.push_back(chunk);
+        ++listedChunks;
+        return;
+    }
+    if (unlistedCount++ == 0)
+        unlistedAt = headerAt;
+    unlistedBytes += chunk.size;
+}
+
+Stream::ChunkList PCMDecoder::GetChunkList() const
+{
+    return chunkList(applicationChunks, nullptr);
+}
+
+Stream::ChunkList PCMDecoder::chunkList(std::vector<ApplicationChunkInfo> const& plain,
+                                        std::vector<ApplicationChunkInfo> const* application) const
+{
+    ChunkList out;
+    out.listed.reserve(plain.size() + (application ? application->size() : 0));
+    std::vector<std::pair<unsigned int, ChunkInfo>> byPosition;
+    for (ApplicationChunkInfo const& c : plain)
+        byPosition.push_back({c.position, {c.id, c.size, false}});
+    if (application)
+        for (ApplicationChunkInfo const& c : *application)
+            byPosition.push_back({c.position, {c.id, c.size, true}});
+    std::stable_sort(byPosition.begin(), byPosition.end(), [](auto const& a, auto const& b) { return a.first < b.first; });
+    for (auto const& entry : byPosition)
+        out.listed.push_back(entry.second);
+    out.unlistedCount = unlistedCount;
+    out.unlistedBytes = unlistedBytes;
+    return out;
 }
 
 WaveFormat PCMDecoder::finishSync(unsigned int start, unsigned int dataBytes)
@@ -159,7 +224,7 @@ bool PCMDecoder::Reading::canConvert(Target target) const
 {
     unsigned int const bytes = d.format.bytesPerSample;
     if (d.format.isFloat)
-        return bytes == 4;
+        return bytes == 4 || (bytes == 8 && d.readingOptions.allSampleForms);
     if (target == Target::Int16)
         return bytes == 2 || bytes == 3;
     return bytes >= 1 && bytes <= 4;
@@ -234,6 +299,11 @@ void PCMDecoder::Reading::RawToFloat(unsigned int samples, unsigned char const* 
 {
     if (!samples)
         return; // the buffers of an empty read may be null, which memcpy may not be handed
+    if (d.format.isFloat && d.format.bytesPerSample == 8) {
+        for (unsigned int i = 0; i < samples; ++i)
+            out[i] = static_cast<float>(doubleAt(raw, i));
+        return;
+    }
     switch (d.format.isFloat ? 0 : d.format.bytesPerSample) {
     case 0: std::memcpy(out, raw, std::size_t(samples) * 4); break;
     case 1:
@@ -286,6 +356,11 @@ void PCMDecoder::ReadFloatInterleaved(unsigned int frames, double* out, unsigned
     unsigned char const* raw = nullptr;
     framesRead = reading->ReadForConversion(frames, Reading::Target::Double, "ReadFloatInterleaved", raw);
     unsigned int const samples = framesRead * format.numChannels;
+    if (format.isFloat && format.bytesPerSample == 8) {
+        for (unsigned int i = 0; i < samples; ++i)
+            out[i] = doubleAt(raw, i);
+        return;
+    }
     if (!format.isFloat && format.bytesPerSample == 4) {
         // x / 2^31 exactly; the float read rounds the integer to 24 bits first.
         for (unsigned int i = 0; i < samples; ++i) {
@@ -345,32 +420,77 @@ void PCMDecoder::ReadInt16Deinterleaved(unsigned int frames, short* const* chann
     splitChannels(framesRead, format.numChannels, interleaved.data(), channels);
 }
 
-bool PCMDecoder::isListed(std::vector<ApplicationChunkInfo> const& list, unsigned int id)
+bool PCMDecoder::isListed(std::vector<ApplicationChunkInfo> const& list, unsigned int id, bool application) const
 {
-    return std::any_of(list.begin(), list.end(), [id](ApplicationChunkInfo const& c) { return c.id == id; });
+    if (std::any_of(list.begin(), list.end(), [id](ApplicationChunkInfo const& c) { return c.id == id; }))
+        return true;
+    ApplicationChunkInfo found{};
+    return unlistedCount && findUnlisted(id, application, unlistedAt, found);
 }
 
-void PCMDecoder::fetchChunk(std::vector<ApplicationChunkInfo> const& list, unsigned int id, std::vector<unsigned char>& data)
+void PCMDecoder::fetchChunk(std::vector<ApplicationChunkInfo> const& list, unsigned int id, bool application,
+                            std::vector<unsigned char>& data)
 {
     data.clear();
-    auto it = std::find_if(list.begin(), list.end(), [id](ApplicationChunkInfo const& c) { return c.id == id; });
-    if (it == list.end() || !file.IsOpen())
+    if (!file.IsOpen())
         return;
-    data.resize(it->size); // the size was checked against the file when the chunk was listed
+    ApplicationChunkInfo found{};
+    auto it = std::find_if(list.begin(), list.end(), [id](ApplicationChunkInfo const& c) { return c.id == id; });
+    if (it != list.end())
+        found = *it;
+    else if (!unlistedCount || !findUnlisted(id, application, unlistedAt, found))
+        return;
+    data.resize(found.size); // the size was checked against the file when the chunk was found
     reading->ForgetPosition();
-    file.At(it->position);
-    if (it->size)
+    file.At(found.position);
+    if (found.size)
         file.ReadBlock(data);
 }
 
 bool PCMDecoder::ContainsApplicationChunk(unsigned int id) const
 {
-    return isListed(applicationChunks, id);
+    return isListed(applicationChunks, id, true);
 }
 
 void PCMDecoder::GetApplicationChunk(unsigned int id, std::vector<unsigned char>& data)
 {
-    fetchChunk(applicationChunks, id, data);
+    fetchChunk(applicationChunks, id, true, data);
+}
+
+unsigned int PCMDecoder::WriteRepaired(FilePath const& outPath)
+{
+    if (!synced || !recovered)
+        fail("WriteRepaired called on a file that was not recovered", CORDEL_HERE);
+    unsigned int const dataBytes = numSampleFrames * format.BytesPerFrame();
+    unsigned int const pad = dataBytes & 1u;
+    unsigned int const length = dataStart + dataBytes + pad;
+    std::vector<unsigned char> header(dataStart);
+    reading->ForgetPosition();
+    file.At(0);
+    file.ReadBlock(header);
+    auto const put = [&](unsigned int at, unsigned int value) {
+        for (unsigned int i = 0; i < 4; ++i)
+            header[at + i] = static_cast<unsigned char>(value >> (sizeFields.bigEndian ? 24 - 8 * i : 8 * i));
+    };
+    put(4, length - 8);
+    put(sizeFields.dataSizeAt, dataStart - sizeFields.dataSizeAt - 4 + dataBytes);
+    if (sizeFields.frameCountAt)
+        put(sizeFields.frameCountAt, numSampleFrames);
+
+    Util::File out(outPath);
+    out.Open(Util::File::ModeWrite);
+    out.WriteBlock(reinterpret_cast<char const*>(header.data()), static_cast<unsigned int>(header.size()));
+    aligned_vector<unsigned char> block(std::min<std::size_t>(65536, dataBytes + 1u));
+    for (unsigned int done = 0; done < dataBytes;) {
+        unsigned int const n = std::min<unsigned int>(static_cast<unsigned int>(block.size()), dataBytes - done);
+        reading->ReadAt(dataStart + done, block.data(), n);
+        out.WriteBlock(reinterpret_cast<char const*>(block.data()), n);
+        done += n;
+    }
+    if (pad)
+        out.WriteBlock("", 1);
+    out.Close();
+    return numSampleFrames;
 }
 
 void PCMDecoder::Close()

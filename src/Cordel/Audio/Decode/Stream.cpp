@@ -7,6 +7,21 @@
 
 namespace Cordel::Audio::Decode {
 
+Stream::SampleCoding Stream::GetSampleCoding() const
+{
+    return {};
+}
+
+Stream::ChunkList Stream::GetChunkList() const
+{
+    return {};
+}
+
+bool Stream::IsRecovered() const
+{
+    return false;
+}
+
 bool Stream::GetFileFormat(FilePath const& path, bool& flag, FileType& type)
 {
     flag = false;

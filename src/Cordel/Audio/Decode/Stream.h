@@ -49,6 +49,36 @@ public:
     virtual void Close() = 0;
     virtual ~Stream();
 
+    // What a caller needs to know about a reader beyond its samples. A reader that does not say
+    // otherwise has native-order samples, no chunks and nothing recovered.
+
+    // How integer samples lie in the file, to make sense of ReadRawInterleaved's bytes; float
+    // samples are IEEE in the same byte order.
+    struct SampleCoding {
+        bool bigEndian = false;
+        bool signedBytes = false; // 8-bit samples are signed (else offset by 128)
+    };
+    virtual SampleCoding GetSampleCoding() const;
+
+    // The chunks the last Sync found besides the format and the sample data, in file order. Only
+    // the first ChunkListLimit are listed; the rest are counted, so that a hostile file of
+    // millions of empty chunks costs no more memory than a normal one.
+    struct ChunkInfo {
+        unsigned int id;   // first character in the most significant byte
+        unsigned int size; // body size in bytes
+        bool application;  // fetched with GetApplicationChunk (by its signature) rather than GetChunk
+    };
+    struct ChunkList {
+        std::vector<ChunkInfo> listed;
+        unsigned long long unlistedCount = 0;
+        unsigned long long unlistedBytes = 0; // their bodies
+    };
+    static constexpr unsigned int ChunkListLimit = 10000;
+    virtual ChunkList GetChunkList() const;
+
+    // True when the sample data were found by recovering an interrupted recording (see Open.h).
+    virtual bool IsRecovered() const;
+
     // The content probe: true with type 2 (WAV) or 3 (AIFF) when the first bytes say so; false
     // for anything else, for a file shorter than 12 bytes and for one that cannot be opened.
     // flag is always set to false.

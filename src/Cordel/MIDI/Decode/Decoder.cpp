@@ -166,6 +166,8 @@ private:
 
 Decoder::Decoder(FilePath const& path) : path(path) {}
 
+Decoder::Decoder(FilePath const& path, Options const& options) : path(path), options(options) {}
+
 Decoder::~Decoder() = default;
 
 bool Decoder::Parse(String& error)
@@ -192,13 +194,17 @@ bool Decoder::parseHeader(String& error)
         return false;
     }
     *stream >> format;
-    if (format != 1) {
-        error = String("Invalid MIDI file format %1, we only support Type 1 files for now").Arg(format);
+    bool const single = format == 0 && options.acceptFormat0;
+    if (format != 1 && !single) {
+        error = options.acceptFormat0
+            ? String("Invalid MIDI file format %1, we only support Type 0 and Type 1 files").Arg(format)
+            : String("Invalid MIDI file format %1, we only support Type 1 files for now").Arg(format);
         return false;
     }
     *stream >> declaredTracks;
-    if (declaredTracks == 0) {
-        error = String("Invalid MIDI track count %1").Arg(declaredTracks);
+    if (declaredTracks == 0 || (single && declaredTracks != 1)) {
+        error = single ? String("Invalid MIDI track count %1 for a Type 0 file").Arg(declaredTracks)
+                       : String("Invalid MIDI track count %1").Arg(declaredTracks);
         return false;
     }
     *stream >> division;

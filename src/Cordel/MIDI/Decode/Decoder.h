@@ -1,5 +1,5 @@
 #pragma once
-// Decoder: reads a Standard MIDI File of format 1 and turns each track chunk into a list of
+// Decoder: reads a Standard MIDI File of format 1 (and, when asked, format 0) and turns each track chunk into a list of
 // channel and system messages with absolute tick times.
 //
 // The reader validates as it goes: a structural fault makes Parse return false with a message
@@ -26,8 +26,16 @@ namespace Cordel::MIDI::Decode {
 
 class CORDEL_API Decoder : noncopyable {
 public:
+    // What the decoder takes beyond format 1 files, when asked.
+    struct Options {
+        // Format 0 files, a single track: the most common kind. The header must then declare
+        // one track.
+        bool acceptFormat0 = false;
+    };
+
     // Stores the path; nothing is read before Parse.
     explicit Decoder(FilePath const& path);
+    Decoder(FilePath const& path, Options const& options);
     virtual ~Decoder();
 
     // Discards the result of an earlier call, then opens and decodes the file. On failure returns
@@ -54,6 +62,7 @@ private:
     bool parseChunks(String& error);
 
     FilePath path;
+    Options options;
     std::unique_ptr<Util::FileStream> stream;
     unsigned short format = 0;
     unsigned short declaredTracks = 0;

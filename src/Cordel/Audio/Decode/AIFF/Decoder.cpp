@@ -1,4 +1,5 @@
 #include <Cordel/Audio/Decode/AIFF/Decoder.h>
+#include <Cordel/Audio/detail/ChunkHeaders.h>
 #include <Cordel/Audio/detail/Extended.h>
 #include <Cordel/Util/detail/Throw.h>
 
@@ -39,7 +40,11 @@ unsigned int Decoder::readUInt32()
     return bigEndian32(b);
 }
 
-void Decoder::ReadFloatInterleaved(unsigned int, double*, unsigned int&) {}
+void Decoder::ReadFloatInterleaved(unsigned int frames, double* out, unsigned int& framesRead)
+{
+    if (readingOptions.allSampleForms)
+        PCMDecoder::ReadFloatInterleaved(frames, out, framesRead);
+}
 
 WaveFormat Decoder::Sync()
 {
@@ -58,20 +63,39 @@ WaveFormat Decoder::Sync()
     if (!hasTag(header, "FORM") || !(compressed || hasTag(header + 8, "AIFF")))
         fail("Invalid AIFF header", CORDEL_HERE);
 
+    unsigned int const fileSize = file.Size();
+    detail::ChunkHeaders headers(file, fileSize, true);
     bool haveCommon = false, haveData = false;
-    unsigned int dataStart = 0, dataSize = 0;
-    while (file.Remaining().GetOr(0) >= 8) {
-        unsigned int const id = readUInt32();
-        unsigned int const size = readUInt32();
-        unsigned int const body = file.At().Get();
-        if (size > file.Remaining().GetOr(0))
+    unsigned int dataStart = 0, dataSize = 0, commonAt = 0;
+    unsigned int id = 0, size = 0;
+    for (unsigned long long at = 12; headers.Read(at, id, size);) {
+        unsigned int const body = static_cast<unsigned int>(at + 8);
+        unsigned int const remaining = fileSize - body;
+        if (id == FourCC("SSND") && !haveData && haveCommon && remaining >= 8
+            && isInterrupted(size, remaining, bigEndian32(header + 4), fileSize)) {
+            file.At(body);
+            unsigned int const offset = readUInt32();
+            if (offset <= remaining - 8) {
+                // The samples run to the end of the file: nothing after them is a chunk.
+                haveData = true;
+                dataStart = body + 8 + offset;
+                dataSize = remaining - 8 - offset;
+                recoverData({body - 4, commonAt + 2, true});
+            }
+            break;
+        }
+        if (size > remaining)
             break; // a chunk that runs past the end ends the walk
         if (id == FourCC("COMM")) {
-            if (!haveCommon)
+            if (!haveCommon) {
+                file.At(body);
                 parseCommonChunk(size, compressed);
+                commonAt = body;
+            }
             haveCommon = true;
         } else if (id == FourCC("SSND")) {
             if (!haveData && size >= 8) {
+                file.At(body);
                 unsigned int const offset = readUInt32();
                 readUInt32(); // block size
                 if (offset <= size - 8) {
@@ -81,18 +105,48 @@ WaveFormat Decoder::Sync()
                 }
             }
         } else if (id == FourCC("APPL") && size >= 4) {
-            applicationChunks.push_back({readUInt32(), body + 4, size - 4});
+            listChunk(applicationChunks, {headers.Word(body), body + 4, size - 4}, static_cast<unsigned int>(at));
         } else {
-            chunks.push_back({id, body, size});
+            listChunk(chunks, {id, body, size}, static_cast<unsigned int>(at));
         }
-        file.At(body + size + (size & 1u));
+        at = 0ull + body + size + (size & 1u);
     }
     if (!haveCommon)
         fail("Didn't find common chunk", CORDEL_HERE);
     if (!haveData)
         fail("Didn't find sound data chunk", CORDEL_HERE);
     unsigned int const frameBytes = format.BytesPerFrame();
+    if (recoveredData())
+        return finishSync(dataStart, dataSize); // the frame count of an interrupted header is not to be trusted
     return finishSync(dataStart, std::min<unsigned long long>(dataSize, 1ull * commonFrames * frameBytes));
+}
+
+bool Decoder::findUnlisted(unsigned int id, bool application, unsigned int from, ApplicationChunkInfo& found) const
+{
+    Util::File walking(file.GetPath());
+    walking.Open(2);
+    unsigned int const fileSize = walking.Size();
+    detail::ChunkHeaders headers(walking, fileSize, true);
+    unsigned int chunkId = 0, size = 0;
+    for (unsigned long long at = from; headers.Read(at, chunkId, size); at += 8ull + size + (size & 1u)) {
+        unsigned int const body = static_cast<unsigned int>(at + 8);
+        if (size > fileSize - body || (recoveredData() && chunkId == FourCC("SSND")))
+            return false; // where Sync's walk ended
+        if (chunkId == FourCC("COMM") || chunkId == FourCC("SSND"))
+            continue;
+        bool const isApplication = chunkId == FourCC("APPL") && size >= 4;
+        if (isApplication != application)
+            continue;
+        if (!application && chunkId == id) {
+            found = {id, body, size};
+            return true;
+        }
+        if (application && headers.Word(body) == id) {
+            found = {id, body + 4, size - 4};
+            return true;
+        }
+    }
+    return false;
 }
 
 void Decoder::parseCommonChunk(unsigned int size, bool compressed)

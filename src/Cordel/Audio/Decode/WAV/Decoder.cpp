@@ -1,4 +1,5 @@
 #include <Cordel/Audio/Decode/WAV/Decoder.h>
+#include <Cordel/Audio/detail/ChunkHeaders.h>
 #include <Cordel/Audio/detail/WaveConstants.h>
 #include <Cordel/Util/detail/Throw.h>
 
@@ -55,11 +56,26 @@ WaveFormat Decoder::Sync()
     if (!hasTag(header, "RIFF") || !hasTag(header + 8, "WAVE"))
         fail("Invalid RIFF header", CORDEL_HERE);
 
+    unsigned int const fileSize = file.Size();
+    unsigned int const riffSize = static_cast<unsigned int>(header[4]) | (static_cast<unsigned int>(header[5]) << 8)
+        | (static_cast<unsigned int>(header[6]) << 16) | (static_cast<unsigned int>(header[7]) << 24);
+    ChunkHeaders headers(file, fileSize, false);
     bool haveFormat = false, haveData = false;
     unsigned int dataStart = 0, dataSize = 0;
     unsigned int id = 0, size = 0;
-    while (findNextChunk(id, size)) {
-        unsigned int const body = file.At().Get();
+    for (unsigned long long at = 12; headers.Read(at, id, size); ) {
+        unsigned int const body = static_cast<unsigned int>(at + 8);
+        unsigned int const remaining = fileSize - body;
+        if (id == FourCC("data") && !haveData && isInterrupted(size, remaining, riffSize, fileSize)) {
+            // The samples run to the end of the file: nothing after them is a chunk.
+            haveData = true;
+            dataStart = body;
+            dataSize = remaining;
+            recoverData({body - 4, 0, false});
+            break;
+        }
+        if (size > remaining)
+            break;
         if (id == FourCC("data")) {
             if (!haveData) {
                 haveData = true;
@@ -68,14 +84,15 @@ WaveFormat Decoder::Sync()
             }
         } else if (id == FourCC("fmt ")) {
             if (!haveFormat) {
+                file.At(body);
                 parseFormatChunk(size);
                 haveFormat = true;
             }
         } else {
-            applicationChunks.push_back({id, body, size});
+            listChunk(applicationChunks, {id, body, size}, static_cast<unsigned int>(at));
         }
         // The pad byte after an odd-sized body belongs to no chunk.
-        file.At(body + size + (size & 1u));
+        at = 0ull + body + size + (size & 1u);
     }
     if (!haveFormat)
         fail("Didn't find common chunk", CORDEL_HERE);
@@ -84,18 +101,24 @@ WaveFormat Decoder::Sync()
     return finishSync(dataStart, dataSize);
 }
 
-bool Decoder::findNextChunk(unsigned int& id, unsigned int& size)
+bool Decoder::findUnlisted(unsigned int id, bool application, unsigned int from, ApplicationChunkInfo& found) const
 {
-    if (file.Remaining().GetOr(0) < 4)
-        return false;
-    unsigned char tag[4];
-    file.ReadBlock(reinterpret_cast<char*>(tag), 4);
-    if (file.Remaining().GetOr(0) < 4)
-        return false;
-    id = (static_cast<unsigned int>(tag[0]) << 24) | (static_cast<unsigned int>(tag[1]) << 16)
-        | (static_cast<unsigned int>(tag[2]) << 8) | tag[3];
-    size = readUInt32();
-    return size <= file.Remaining().GetOr(0);
+    (void)application; // one list serves GetChunk and GetApplicationChunk alike
+    Util::File walking(file.GetPath());
+    walking.Open(2);
+    unsigned int const fileSize = walking.Size();
+    ChunkHeaders headers(walking, fileSize, false);
+    unsigned int chunkId = 0, size = 0;
+    for (unsigned long long at = from; headers.Read(at, chunkId, size); at += 8ull + size + (size & 1u)) {
+        unsigned int const body = static_cast<unsigned int>(at + 8);
+        if (size > fileSize - body || (recoveredData() && chunkId == FourCC("data")))
+            return false; // where Sync's walk ended
+        if (chunkId == id && id != FourCC("data") && id != FourCC("fmt ")) {
+            found = {id, body, size};
+            return true;
+        }
+    }
+    return false;
 }
 
 void Decoder::parseFormatChunk(unsigned int size)
@@ -148,6 +171,8 @@ void Decoder::parseFormatChunk(unsigned int size)
         format.bytesPerSample = bits / 8u;
     else if (bits == 32)
         format.bytesPerSample = 4;
+    else if (tag == WAVE_FORMAT_FLOAT_TAG && bits == 64 && readingOptions.allSampleForms)
+        format.bytesPerSample = 8;
     else
         fail(String("Unsupported bit depth / wave format combination: %1/%2").Arg(tag).Arg(bits), CORDEL_HERE);
 }

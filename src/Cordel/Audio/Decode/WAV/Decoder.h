@@ -10,7 +10,8 @@
 // Samples as float: 8-bit (x - 128) / 128, 16-bit x / 32768, 24-bit x / 2^23, 32-bit x / 2^31,
 // float as they are. As 16-bit integers: 16-bit as they are, 24-bit and float x * 32768
 // saturated; 8- and 32-bit integer files are refused. Doubles follow the float rules (32-bit
-// integers are scaled in double precision).
+// integers are scaled in double precision). With ReadingOptions::allSampleForms a plain 64-bit
+// float file is accepted as well, and 64-bit float samples are read like 32-bit ones.
 
 #include <Cordel/Audio/Decode/PCMDecoder.h>
 
@@ -30,7 +31,7 @@ public:
     static bool IsFile(std::vector<unsigned char> const& head);
 
 private:
-    bool findNextChunk(unsigned int& id, unsigned int& size);
+    bool findUnlisted(unsigned int id, bool application, unsigned int from, ApplicationChunkInfo& found) const override;
     void parseFormatChunk(unsigned int size);
     unsigned short readUInt16();
     unsigned int readUInt32();
