@@ -87,7 +87,7 @@ protected:
     // the sample chunk's size field, and (AIFF) the frame count; all in the header's byte order.
     struct SizeFields {
         unsigned int dataSizeAt = 0;
-        unsigned int frameCountAt = 0; // 0: the format has none
+        unsigned int frameCountAt = 0; // 0: the file has none (AIFF: COMM; WAV: a fact chunk)
         bool bigEndian = false;
     };
     // Whether a declared sample chunk size is that of an interrupted recording: 0 with bytes

@@ -62,6 +62,7 @@ WaveFormat Decoder::Sync()
     ChunkHeaders headers(file, fileSize, false);
     bool haveFormat = false, haveData = false;
     unsigned int dataStart = 0, dataSize = 0;
+    unsigned int factAt = 0; // the frame count of a fact chunk before the samples, which a repair rewrites
     unsigned int id = 0, size = 0;
     for (unsigned long long at = 12; headers.Read(at, id, size); ) {
         unsigned int const body = static_cast<unsigned int>(at + 8);
@@ -71,11 +72,13 @@ WaveFormat Decoder::Sync()
             haveData = true;
             dataStart = body;
             dataSize = remaining;
-            recoverData({body - 4, 0, false});
+            recoverData({body - 4, factAt, false});
             break;
         }
         if (size > remaining)
             break;
+        if (id == FourCC("fact") && size >= 4 && !haveData && !factAt)
+            factAt = body;
         if (id == FourCC("data")) {
             if (!haveData) {
                 haveData = true;
