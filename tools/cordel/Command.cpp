@@ -4,6 +4,8 @@
 #include <cerrno>
 #include <cstdio>
 #include <cstring>
+#include <filesystem>
+#include <system_error>
 #include <fcntl.h>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -52,6 +54,12 @@ bool ParseOrHelp(Cordel::Util::CommandLine& line, Args const& args)
 void FailFile(Cordel::String const& path, Cordel::String const& reason)
 {
     throw FileFailure(path, reason, Cordel::String());
+}
+
+bool SameFile(Cordel::String const& a, Cordel::String const& b)
+{
+    std::error_code ignored;
+    return std::filesystem::equivalent(a.c_str(), b.c_str(), ignored);
 }
 
 void CheckReadable(Cordel::String const& path)

@@ -56,6 +56,9 @@ private:
 // where the library would say only that the file did not open.
 void CheckReadable(Cordel::String const& path);
 
+// Whether two names reach the same file (through links, "..", or another spelling).
+bool SameFile(Cordel::String const& a, Cordel::String const& b);
+
 // Runs work and turns a library failure into one that names the file.
 template <typename Work>
 auto AboutFile(Cordel::String const& path, Work&& work) -> decltype(work())

@@ -8,8 +8,6 @@
 #include <Cordel/IPP/Memory.h>
 
 #include <algorithm>
-#include <filesystem>
-#include <system_error>
 
 using namespace Cordel;
 
@@ -39,12 +37,6 @@ SampleCoding codingOf(Container container, Audio::WaveFormat const& format)
     return {format.bytesPerSample, format.isFloat, aiff, aiff};
 }
 
-bool sameFile(String const& a, String const& b)
-{
-    std::error_code ignored;
-    return std::filesystem::equivalent(a.c_str(), b.c_str(), ignored);
-}
-
 int convert(Args const& args)
 {
     Util::CommandLine line("cordel convert", "Converts a WAV or AIFF file to WAV or AIFF.");
@@ -72,7 +64,7 @@ int convert(Args const& args)
     if (ParseOrHelp(line, args))
         return 0;
     Container const container = ChooseContainer(format, out.Get());
-    if (sameFile(in.Get(), out.Get()))
+    if (SameFile(in.Get(), out.Get()))
         throw Util::CommandLine::Error("IN and OUT are the same file");
 
     AudioInput input = OpenAudioFile(in.Get());

@@ -8,20 +8,12 @@
 #include <Cordel/Audio/Decode/BadFormat.h>
 #include <Cordel/Audio/Decode/Open.h>
 
-#include <filesystem>
-#include <system_error>
 
 using namespace Cordel;
 
 namespace CordelTool {
 
 namespace {
-
-bool sameFile(String const& a, String const& b)
-{
-    std::error_code ignored;
-    return std::filesystem::equivalent(a.c_str(), b.c_str(), ignored);
-}
 
 int repair(Args const& args)
 {
@@ -44,7 +36,7 @@ int repair(Args const& args)
         return 0;
     if (inPlace.Get() == out.IsSet())
         throw Util::CommandLine::Error(inPlace.Get() ? "give OUT or --in-place, not both" : "give OUT, or --in-place to rewrite IN");
-    if (out.IsSet() && sameFile(in.Get(), out.Get()))
+    if (out.IsSet() && SameFile(in.Get(), out.Get()))
         throw Util::CommandLine::Error("IN and OUT are the same file; use --in-place");
 
     String const outName = inPlace.Get() ? in.Get() : out.Get();

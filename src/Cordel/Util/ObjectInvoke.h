@@ -47,51 +47,33 @@ namespace detail {
 class InvokeGate;
 struct InvokeCompletion;
 
-// The argument types a call can carry: the type it is stored as and its word in signatures.
+// The argument types a call can carry, as they are stored (a C string as a String), and their
+// words in signatures.
 template <typename T>
-struct InvokeType {
-    static_assert(sizeof(T) == 0, "a posted call carries bool, int, unsigned int, float, double, String or "
-                                  "std::vector<unsigned char>");
-};
-template <>
-struct InvokeType<bool> {
-    using Stored = bool;
-    static constexpr char const* word = "bool";
-};
-template <>
-struct InvokeType<int> {
-    using Stored = int;
-    static constexpr char const* word = "int";
-};
-template <>
-struct InvokeType<unsigned int> {
-    using Stored = unsigned int;
-    static constexpr char const* word = "uint";
-};
-template <>
-struct InvokeType<float> {
-    using Stored = float;
-    static constexpr char const* word = "float";
-};
-template <>
-struct InvokeType<double> {
-    using Stored = double;
-    static constexpr char const* word = "double";
-};
-template <>
-struct InvokeType<String> {
-    using Stored = String;
-    static constexpr char const* word = "String";
-};
-template <>
-struct InvokeType<char const*> : InvokeType<String> {};
-template <>
-struct InvokeType<char*> : InvokeType<String> {};
-template <>
-struct InvokeType<std::vector<unsigned char>> {
-    using Stored = std::vector<unsigned char>;
-    static constexpr char const* word = "ByteVector";
-};
+using InvokeStored = std::conditional_t<std::is_same_v<T, char const*> || std::is_same_v<T, char*>, String, T>;
+
+template <typename T>
+constexpr char const* invokeWord()
+{
+    using S = InvokeStored<T>;
+    if constexpr (std::is_same_v<S, bool>)
+        return "bool";
+    else if constexpr (std::is_same_v<S, int>)
+        return "int";
+    else if constexpr (std::is_same_v<S, unsigned int>)
+        return "uint";
+    else if constexpr (std::is_same_v<S, float>)
+        return "float";
+    else if constexpr (std::is_same_v<S, double>)
+        return "double";
+    else if constexpr (std::is_same_v<S, String>)
+        return "String";
+    else if constexpr (std::is_same_v<S, std::vector<unsigned char>>)
+        return "ByteVector";
+    else
+        static_assert(sizeof(T) == 0, "a posted call carries bool, int, unsigned int, float, double, String or "
+                                      "std::vector<unsigned char>");
+}
 
 // The copied arguments of one call, with a pointer to each as a member expects them.
 class InvokeArguments {
@@ -140,7 +122,7 @@ private:
     {
     }
 
-    std::tuple<typename InvokeType<A>::Stored...> values;
+    std::tuple<InvokeStored<A>...> values;
 };
 
 } // namespace detail
@@ -152,7 +134,7 @@ public:
     // class has no such member, or the arguments do not fit it.
     template <typename... A>
     ObjectInvokeImpl(Object* receiver, char const* member, A const&... args)
-        : ObjectInvokeImpl(receiver, member, {detail::InvokeType<std::decay_t<A>>::word...})
+        : ObjectInvokeImpl(receiver, member, {detail::invokeWord<std::decay_t<A>>()...})
     {
         using Values = detail::InvokeValues<std::decay_t<A>...>;
         if constexpr (sizeof(Values) <= sizeof(inlineArguments) && alignof(Values) <= alignof(std::uint64_t))
