@@ -4,6 +4,8 @@
 // one and deleting finished ones meanwhile; in place, a command is built, run and deleted on one
 // thread, which shows what building by signature costs on its own.
 // repetitions: interleaved
+#include "PipeHighSide.h"
+
 #include <Cordel/Util/CommandPipe.h>
 #include <Cordel/Util/ObjectInvoke.h>
 #include <Cordel/Util/Signals.h>
@@ -56,18 +58,9 @@ Atomic::Command* bySignature(Synth* synth, unsigned int n)
 template <Atomic::Command* (*make)(Synth*, unsigned int)>
 void acrossPipe(benchmark::State& state)
 {
-    Atomic::CriticalSection external("bench");
-    Atomic::CommandPipe pipe("bench", nullptr, 64, {}, external);
     Synth synth;
-    pipe.ProcessHigh();
-    std::atomic<bool> stop{false};
-    std::thread high([&] {
-        while (!stop.load(std::memory_order_relaxed)) {
-            pipe.ProcessHigh();
-            std::this_thread::yield();
-        }
-        pipe.StopHigh();
-    });
+    PipeHighSide side;
+    Atomic::CommandPipe& pipe = side.pipe;
     long expected = 0;
     Atomic::Command* next = make(&synth, 0);
     for (auto _ : state) {
@@ -81,8 +74,7 @@ void acrossPipe(benchmark::State& state)
             std::this_thread::yield();
     }
     delete next;
-    stop = true;
-    high.join();
+    side.Stop();
     pipe.ProcessLow();
 }
 

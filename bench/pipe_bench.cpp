@@ -2,6 +2,8 @@
 // spsc_queue: push+pop on one thread, items passed from one thread to another, and a token
 // bouncing between two threads. Also the cost of an uncontended lock: the critical section
 // against the platform's recursive mutex.
+#include "PipeHighSide.h"
+
 #include <Cordel/Util/Atomic.h>
 #include <Cordel/Util/CommandPipe.h>
 #include <Cordel/Util/LockFreeFIFO.h>
@@ -131,17 +133,8 @@ struct Bouncer : Atomic::Command {
 
 void pipeRoundTrip(benchmark::State& state)
 {
-    Atomic::CriticalSection external("bench");
-    Atomic::CommandPipe pipe("bench", nullptr, 64, {}, external);
-    pipe.ProcessHigh();
-    std::atomic<bool> stop{false};
-    std::thread high([&] {
-        while (!stop.load(std::memory_order_relaxed)) {
-            pipe.ProcessHigh();
-            std::this_thread::yield();
-        }
-        pipe.StopHigh();
-    });
+    PipeHighSide side;
+    Atomic::CommandPipe& pipe = side.pipe;
     auto* command = new Bouncer;
     pipe.PostHigh(command);
     long expected = 0;
@@ -152,8 +145,7 @@ void pipeRoundTrip(benchmark::State& state)
             std::this_thread::yield();
         }
     }
-    stop = true;
-    high.join();
+    side.Stop();
     command->active = false;
     pipe.ProcessLow(); // the stopped high side's work is taken over; the command comes back
     pipe.ProcessLow(); // and is deleted
