@@ -102,8 +102,9 @@ def main():
     print("## http\n")
     print(f"{machine()}; {datetime.date.today()}; `bench/http_fetch.py`, by hand: {runs} runs of each client, "
           f"alternating, a {size_mib} MiB body from a local sendfile() server into a file, wall time of the whole process.")
-    print(f"The machine was not quiet: load average {load_before[0]:.2f} before and {load_after[0]:.2f} after "
-          f"(1-minute figures, 2 cores), other builds running.\n")
+    quiet = max(load_before[0], load_after[0]) < 1.5
+    print(f"{'Load' if quiet else 'The machine was not quiet: load'} average {load_before[0]:.2f} before and "
+          f"{load_after[0]:.2f} after (1-minute figures).\n")
     print("| who | median time | range | throughput (median) | peak RSS (max) | Cordel speed vs this |")
     print("|---|---|---|---|---|---|")
     for name, rows in results.items():
